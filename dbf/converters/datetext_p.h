@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_CONVERTERS_DATETEXT_P_H
+#define DBF_CONVERTERS_DATETEXT_P_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QDate>
+
+#include <string_view>
+
+namespace dbf
+{
+
+/// Returns the date in the first eight bytes, year first, or an invalid one. A part counts as 0
+/// when QByteArray::toInt does not read it.
+QDate readDate(std::string_view bytes);
+
+/// Appends \a date as yyyyMMdd, left-justified with spaces in, or cut to, \a width bytes; all
+/// spaces for an invalid one.
+void appendDateField(const QDate& date, int width, QByteArray& image);
+
+} // namespace dbf
+
+#endif

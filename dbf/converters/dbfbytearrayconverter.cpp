@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/dbfbytearrayconverter.h>
+
+namespace dbf
+{
+
+DbfByteArrayConverter* DbfByteArrayConverter::instance()
+{
+    static DbfByteArrayConverter converter;
+    return &converter;
+}
+
+QByteArray DbfByteArrayConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
+                                              const DbfFieldDescriptor& /*field*/) const
+{
+    return value.toByteArray();
+}
+
+QVariant DbfByteArrayConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
+                                          const DbfFieldDescriptor& /*field*/) const
+{
+    return QByteArray(bytes.constData(), bytes.size());
+}
+
+bool DbfByteArrayConverter::convertVariant(QVariant& value) const
+{
+    return value.convert(QMetaType::QByteArray);
+}
+
+} // namespace dbf

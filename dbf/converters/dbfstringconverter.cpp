@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/dbfstringconverter.h>
+#include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/textcodec_p.h>
+#include <dbf/model/dbfschema.h>
+
+#include <algorithm>
+
+namespace dbf
+{
+
+DbfStringConverter* DbfStringConverter::instance()
+{
+    static DbfStringConverter converter;
+    return &converter;
+}
+
+QByteArray DbfStringConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
+                                           const DbfFieldDescriptor& field) const
+{
+    QByteArray bytes = emptyWithRoom(field.length);
+    TextCodec(schema.codec).appendField(value.toString(), field.length, bytes);
+    return bytes;
+}
+
+QVariant DbfStringConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                                       const DbfFieldDescriptor& /*field*/) const
+{
+    return textVariant(TextCodec(schema.codec).decode(viewOf(bytes)));
+}
+
+bool DbfStringConverter::convertVariant(QVariant& value) const
+{
+    return value.convert(QMetaType::QString);
+}
+
+QByteArray DbfStringConverter::fromUnicode(const QString& text, int maxLength, QTextCodec* codec,
+                                           bool* ok)
+{
+    const int room = std::max(maxLength, 0);
+    bool fits = room >= text.size();
+    QByteArray bytes = TextCodec(codec).encode(QStringView(text).left(std::min(text.size(), room)));
+    if (bytes.size() > room) {
+        bytes.truncate(room);
+        fits = false;
+    }
+    if (ok)
+        *ok = fits;
+    return bytes;
+}
+
+} // namespace dbf

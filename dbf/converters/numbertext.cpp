@@ -1,0 +1,134 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/numbertext_p.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+namespace dbf
+{
+
+namespace
+{
+
+// Up to 15 digits an integer is exact as a double, and so are the powers of ten up to 22; one
+// division of the two rounds once, hence correctly.
+constexpr int maxExactDigits = 15;
+constexpr std::array exactPowersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+static_assert(exactPowersOfTen.size() == maxExactDigits + 1);
+
+bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+bool isAsciiSpace(char character)
+{
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+void appendRightJustified(const char* text, int size, int width, QByteArray& image)
+{
+    const int kept = std::min(size, width);
+    const int start = image.size();
+    image.resize(start + width);
+    char* const field = image.data() + start;
+    std::memset(field, ' ', static_cast<size_t>(width - kept));
+    std::memcpy(field + (width - kept), text, static_cast<size_t>(kept));
+}
+
+// Exactly half way between two neighbours of the given precision, std::to_chars rounds to even and
+// Qt away from zero. Such a number is a whole multiple of 1 / 2^(decimals + 1), but not of
+// 1 / 2^decimals.
+bool mayBeTie(double number, int decimals)
+{
+    const double scaled = std::ldexp(number, decimals);
+    return scaled != std::floor(scaled) && 2 * scaled == std::floor(2 * scaled);
+}
+
+} // namespace
+
+std::optional<double> readPlainNumber(std::string_view text)
+{
+    const char* position = text.data();
+    const char* const end = position + text.size();
+    const bool negative = position != end && *position == '-';
+    if (negative)
+        ++position;
+
+    quint64 digits = 0; // wraps for long texts, which are then read another way
+    int digitCount = 0;
+    const auto readDigits = [&] {
+        const char* const start = position;
+        for (; position != end && isDigit(*position); ++position) {
+            digits = digits * 10 + static_cast<quint64>(*position - '0');
+            digitCount += digits != 0 || digitCount != 0 ? 1 : 0;
+        }
+        return static_cast<int>(position - start);
+    };
+
+    if (readDigits() == 0)
+        return std::nullopt;
+    int decimals = 0;
+    if (position != end && *position == '.') {
+        ++position;
+        decimals = readDigits();
+        if (decimals == 0)
+            return std::nullopt;
+    }
+    if (position != end)
+        return std::nullopt;
+
+    if (digitCount <= maxExactDigits && decimals <= maxExactDigits) {
+        const double magnitude =
+            static_cast<double>(digits) / exactPowersOfTen[static_cast<size_t>(decimals)];
+        return negative ? -magnitude : magnitude;
+    }
+    double number = 0.0;
+    const std::from_chars_result result =
+        std::from_chars(text.data(), end, number, std::chars_format::fixed);
+    return result.ec == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+std::string_view trimmedAscii(std::string_view bytes)
+{
+    while (!bytes.empty() && isAsciiSpace(bytes.front()))
+        bytes.remove_prefix(1);
+    while (!bytes.empty() && isAsciiSpace(bytes.back()))
+        bytes.remove_suffix(1);
+    return bytes;
+}
+
+double readNumber(std::string_view bytes)
+{
+    const std::string_view text = trimmedAscii(bytes);
+    if (text.empty())
+        return 0.0;
+    if (const std::optional<double> number = readPlainNumber(text))
+        return *number;
+    return QByteArray(text.data(), static_cast<int>(text.size())).toDouble();
+}
+
+void appendNumberField(double number, int decimals, int width, QByteArray& image)
+{
+    // Longer texts are rare, and Qt formats them as well.
+    std::array<char, 64> text;
+    if (std::isfinite(number) && number != 0.0 && !mayBeTie(number, decimals)) {
+        const std::to_chars_result result = std::to_chars(
+            text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals);
+        if (result.ec == std::errc()) {
+            appendRightJustified(text.data(), static_cast<int>(result.ptr - text.data()), width,
+                                 image);
+            return;
+        }
+    }
+    const QByteArray formatted = QByteArray::number(number, 'f', decimals);
+    appendRightJustified(formatted.constData(), formatted.size(), width, image);
+}
+
+} // namespace dbf

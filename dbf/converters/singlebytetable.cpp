@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/singlebytetable_p.h>
+
+#include <QtCore/QTextCodec>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <memory>
+
+namespace dbf
+{
+
+namespace
+{
+
+/// Registered numbers of the character sets that have one byte per character: US-ASCII, the
+/// ISO 8859 and Windows families, KOI8 and the single-byte DOS and Macintosh code pages.
+constexpr std::array singleByteMibs{
+    3,    4,    5,    6,    7,    8,    9,    10,   11,   12,   13,   77,   109,  110,
+    111,  112,  2009, 2010, 2011, 2013, 2027, 2047, 2048, 2049, 2050, 2051, 2052, 2053,
+    2054, 2084, 2086, 2088, 2250, 2251, 2252, 2253, 2254, 2255, 2256, 2257, 2258, 2259};
+
+constexpr int byteValues = 256;
+
+struct CachedTable {
+    const QTextCodec* codec = nullptr;
+    const SingleByteTable* table = nullptr; // null when the codec belies its number
+    const CachedTable* next = nullptr;
+};
+
+// Grows only at its head; entries never change and live as long as the process.
+std::atomic<const CachedTable*> cachedTables{nullptr};
+
+const CachedTable* findCached(const QTextCodec* codec)
+{
+    const CachedTable* entry = cachedTables.load(std::memory_order_acquire);
+    while (entry && entry->codec != codec)
+        entry = entry->next;
+    return entry;
+}
+
+} // namespace
+
+const SingleByteTable* SingleByteTable::of(QTextCodec* codec)
+{
+    if (const CachedTable* const entry = findCached(codec))
+        return entry->table;
+    if (!std::binary_search(singleByteMibs.begin(), singleByteMibs.end(), codec->mibEnum()))
+        return nullptr;
+
+    // Two threads may both get here for one codec. Both then make equal tables, and both entries
+    // stay, which costs some memory and harms nothing.
+    auto entry = std::make_unique<CachedTable>();
+    entry->codec = codec;
+    entry->table = derivedFrom(*codec);
+    entry->next = cachedTables.load(std::memory_order_relaxed);
+    while (!cachedTables.compare_exchange_weak(entry->next, entry.get(), std::memory_order_release,
+                                               std::memory_order_relaxed)) {
+    }
+    return entry.release()->table;
+}
+
+const SingleByteTable* SingleByteTable::derivedFrom(const QTextCodec& codec)
+{
+    std::unique_ptr<SingleByteTable> table(new SingleByteTable);
+    if (!table->readDecoding(codec) || !table->decodesPairsAs(codec))
+        return nullptr;
+    table->readEncoding(codec);
+    return table.release();
+}
+
+bool SingleByteTable::readDecoding(const QTextCodec& codec)
+{
+    m_asciiTransparent = true;
+    for (int value = 0; value < byteValues; ++value) {
+        const char byte = static_cast<char>(value);
+        const QString text = codec.toUnicode(&byte, 1, nullptr);
+        if (text.size() != 1 || text.at(0).isSurrogate())
+            return false;
+        const auto index = static_cast<size_t>(value);
+        m_units[index] = text.at(0).unicode();
+        m_isSpace[index] = text.at(0).isSpace();
+        if (value < 0x80 && m_units[index] != value)
+            m_asciiTransparent = false;
+    }
+    return true;
+}
+
+// A caller's codec may claim a number and still look at more than one byte at a time.
+bool SingleByteTable::decodesPairsAs(const QTextCodec& codec) const
+{
+    QByteArray pairs;
+    pairs.reserve(2 * byteValues * byteValues);
+    for (int first = 0; first < byteValues; ++first) {
+        for (int second = 0; second < byteValues; ++second) {
+            pairs.append(static_cast<char>(first));
+            pairs.append(static_cast<char>(second));
+        }
+    }
+    QString expected(pairs.size(), Qt::Uninitialized);
+    decode({pairs.constData(), static_cast<size_t>(pairs.size())}, expected.data());
+    return codec.toUnicode(pairs.constData(), pairs.size(), nullptr) == expected;
+}
+
+void SingleByteTable::readEncoding(const QTextCodec& codec)
+{
+    Page emptyPage;
+    emptyPage.fill(noByte);
+    m_pages.assign(1, emptyPage);
+
+    for (const ushort unit : m_units) {
+        const QChar character(unit);
+        const QByteArray bytes = codec.fromUnicode(&character, 1, nullptr);
+        if (bytes.size() != 1)
+            continue;
+        const auto byte = static_cast<quint8>(bytes.at(0));
+        if (m_units[byte] != unit)
+            continue;
+        quint8& page = m_pageOfHighByte[unit >> 8];
+        if (page == 0) {
+            page = static_cast<quint8>(m_pages.size());
+            m_pages.push_back(emptyPage);
+        }
+        m_pages[page][unit & 0xFF] = byte;
+    }
+}
+
+std::string_view SingleByteTable::trimmed(std::string_view bytes) const
+{
+    const auto isSpace = [this](char byte) { return m_isSpace[static_cast<quint8>(byte)]; };
+    const char* begin = bytes.data();
+    const char* end = begin + bytes.size();
+
+    // Most fields end in a run of spaces: leave it eight at a time.
+    constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
+    if (m_isSpace[' ']) {
+        while (end - begin >= 8) {
+            quint64 last = 0;
+            std::memcpy(&last, end - 8, 8);
+            if (last != eightSpaces)
+                break;
+            end -= 8;
+        }
+    }
+    while (begin < end && isSpace(end[-1]))
+        --end;
+    while (begin < end && isSpace(*begin))
+        ++begin;
+    return {begin, static_cast<size_t>(end - begin)};
+}
+
+void SingleByteTable::decode(std::string_view bytes, QChar* units) const
+{
+    for (const char byte : bytes)
+        *units++ = QChar(m_units[static_cast<quint8>(byte)]);
+}
+
+bool SingleByteTable::encode(QStringView text, char* bytes) const
+{
+    for (const QChar character : text) {
+        const ushort unit = character.unicode();
+        const quint16 byte = m_pages[m_pageOfHighByte[unit >> 8]][unit & 0xFF];
+        if (byte == noByte)
+            return false;
+        *bytes++ = static_cast<char>(byte);
+    }
+    return true;
+}
+
+} // namespace dbf

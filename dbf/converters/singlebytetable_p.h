@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_CONVERTERS_SINGLEBYTETABLE_P_H
+#define DBF_CONVERTERS_SINGLEBYTETABLE_P_H
+
+#include <QtCore/QStringView>
+
+#include <array>
+#include <string_view>
+#include <vector>
+
+class QTextCodec;
+
+namespace dbf
+{
+
+/// The two directions of a single-byte character set as tables, read off the codec itself.
+class SingleByteTable
+{
+public:
+    /// Returns the table of \a codec, null when it is not known for a single-byte character set or
+    /// does not behave like one. Made on first use and kept for the life of the process; safe on
+    /// any thread, without a lock.
+    static const SingleByteTable* of(QTextCodec* codec);
+
+    /// Returns \a bytes without the white space at both ends, by the characters they stand for.
+    std::string_view trimmed(std::string_view bytes) const;
+
+    /// Decodes \a bytes into as many units at \a units.
+    void decode(std::string_view bytes, QChar* units) const;
+
+    /// Encodes \a text into as many bytes at \a bytes. Returns false, with \a bytes in any state,
+    /// when a unit has no exact byte: only the codec knows what then happens.
+    bool encode(QStringView text, char* bytes) const;
+
+    bool isAsciiTransparent() const { return m_asciiTransparent; }
+
+private:
+    static constexpr quint16 noByte = 0xFFFF;
+    using Page = std::array<quint16, 256>;
+
+    SingleByteTable() = default;
+    static const SingleByteTable* derivedFrom(const QTextCodec& codec);
+    bool readDecoding(const QTextCodec& codec);
+    bool decodesPairsAs(const QTextCodec& codec) const;
+    void readEncoding(const QTextCodec& codec);
+
+    std::array<ushort, 256> m_units{};
+    std::array<bool, 256> m_isSpace{};
+    std::array<quint8, 256> m_pageOfHighByte{}; // 0 for the page without any byte
+    std::vector<Page> m_pages;
+    bool m_asciiTransparent = false;
+};
+
+} // namespace dbf
+
+#endif

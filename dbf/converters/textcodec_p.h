@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_CONVERTERS_TEXTCODEC_P_H
+#define DBF_CONVERTERS_TEXTCODEC_P_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+#include <QtCore/QStringView>
+
+#include <string_view>
+
+class QTextCodec;
+
+namespace dbf
+{
+
+class SingleByteTable;
+
+/// A codec made ready for many fields: single-byte character sets go through tables, everything
+/// else through the codec itself. Whichever way is taken, the result is the codec's own.
+///
+/// A cheap value; any number of threads may make and use them.
+class TextCodec
+{
+public:
+    /// Prepares \a codec; a null one is replaced by usableCodec().
+    explicit TextCodec(QTextCodec* codec);
+
+    /// Returns the text of a field: what stands before the first 0x00 byte, trimmed.
+    QString decode(std::string_view bytes) const;
+
+    /// Does the same without allocating a string where possible: the view returned is on
+    /// \a scratch and valid until that changes.
+    QStringView decode(std::string_view bytes, QString& scratch) const;
+
+    /// Returns the bytes of \a text.
+    QByteArray encode(QStringView text) const;
+
+    /// Appends the bytes of a field of \a width bytes that holds \a text trimmed: cut to the width,
+    /// filled up with 0x00.
+    void appendField(QStringView text, int width, QByteArray& image) const;
+
+    /// Returns whether each byte of plain ASCII stands for itself, so that digits may be read
+    /// without decoding.
+    bool isAsciiTransparent() const;
+
+private:
+    QByteArray encodeByCodec(QStringView text) const;
+
+    QTextCodec* m_codec;
+    const SingleByteTable* m_table;
+};
+
+} // namespace dbf
+
+#endif

@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/model/dbfschema.h>
+
+#include <utility>
+
+namespace dbf
+{
+
+DbfSchema::DbfSchema(QVector<DbfFieldDescriptor> descriptors, QTextCodec* textCodec)
+    : codec(textCodec)
+{
+    setColumns(std::move(descriptors));
+}
+
+void DbfSchema::setCodec(QTextCodec* textCodec)
+{
+    codec = textCodec;
+}
+
+void DbfSchema::setColumns(QVector<DbfFieldDescriptor> descriptors)
+{
+    columns.clear();
+    columns.reserve(descriptors.size());
+    for (const DbfFieldDescriptor& descriptor : qAsConst(descriptors))
+        columns.append(DbfColumn(descriptor));
+}
+
+} // namespace dbf
