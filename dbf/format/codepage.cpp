@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/format/codepage_p.h>
+#include <dbf/table/dbftable.h>
+
+#include <QtCore/QTextCodec>
+
+namespace dbf
+{
+
+namespace
+{
+
+constexpr char windowsCyrillicName[] = "Windows-1251";
+constexpr char dosCyrillicName[] = "IBM 866";
+constexpr char koi8Name[] = "KOI8-R";
+
+// Qt may know the two character sets under names that differ in case or punctuation; their
+// registered numbers do not vary.
+constexpr int windowsCyrillicMib = 2251;
+constexpr int dosCyrillicMib = 2086;
+constexpr int latin1Mib = 4;
+
+constexpr int mibByLDID[] = {
+    // 0x00
+    0, 2011, 2009, 2252, 2027, 0, 0, 0, 2052, 2011, 2009, 2011, 0, 2011, 2009, 2011,
+    // 0x10
+    2009, 2011, 2009, 17, 2009, 2011, 2009, 2052, 2011, 2011, 2009, 2011, 2050, 2050, 0, 2010,
+    // 0x20
+    0, 0, 2010, 2010, 2048, 2009, 2086, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    // 0x30
+    0, 0, 0, 0, 0, 0, 0, 2009, 0, 0, 0, 0, 0, 0, 0, 0,
+    // 0x40
+    2010, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 113, 36, 2026,
+    // 0x50
+    2259, 0, 0, 0, 0, 0, 0, 2252, 2252, 2252, 0, 0, 0, 0, 0, 0,
+    // 0x60
+    0, 0, 0, 0, 2010, 2052, 2086, 2049, 0, 0, 2054, 2047, 2050, 0, 0, 0,
+    // 0x70
+    0, 0, 0, 0, 0, 0, 0, 0, 2026, 38, 113, 17, 2259, 0, 0, 0,
+    // 0x80
+    0, 0, 0, 0, 0, 0, 2054, 2010, 2047, 0, 0, 0, 0, 0, 0, 0,
+    // 0x90
+    0, 0, 0, 0, 0, 0, 77, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    // 0xA0
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    // 0xB0
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    // 0xC0
+    0, 0, 0, 0, 0, 0, 0, 0, 2250, 2251, 2254, 2253};
+constexpr int languageIdCount = sizeof(mibByLDID) / sizeof(mibByLDID[0]);
+static_assert(languageIdCount == 0xCC, "one entry per language driver id from 0x00 to 0xCB");
+
+} // namespace
+
+QTextCodec* codecForCodePage(DbfCodePage codePage)
+{
+    switch (codePage) {
+    case DbfCodePage::IBM866:
+        return QTextCodec::codecForName(dosCyrillicName);
+    case DbfCodePage::Windows1251:
+    case DbfCodePage::NotSet:
+        return QTextCodec::codecForName(windowsCyrillicName);
+    }
+    return QTextCodec::codecForName(koi8Name);
+}
+
+QTextCodec* usableCodec(QTextCodec* codec)
+{
+    if (codec)
+        return codec;
+    if (QTextCodec* const fallback = codecForCodePage(DbfCodePage::NotSet))
+        return fallback;
+    return QTextCodec::codecForMib(latin1Mib);
+}
+
+QTextCodec* DbfTable::codecByCodePage(DbfCodePage codePage)
+{
+    return codecForCodePage(codePage);
+}
+
+DbfCodePage DbfTable::codePageByCodec(QTextCodec* codec)
+{
+    if (!codec)
+        return DbfCodePage::NotSet;
+    const QByteArray name = codec->name();
+    const int mib = codec->mibEnum();
+    if (name == windowsCyrillicName || mib == windowsCyrillicMib)
+        return DbfCodePage::Windows1251;
+    if (name == dosCyrillicName || mib == dosCyrillicMib)
+        return DbfCodePage::IBM866;
+    return DbfCodePage::NotSet;
+}
+
+int DbfTable::languageIdToMIB(int id)
+{
+    return id >= 0 && id < languageIdCount ? mibByLDID[id] : 0;
+}
+
+} // namespace dbf

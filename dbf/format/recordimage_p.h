@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_FORMAT_RECORDIMAGE_P_H
+#define DBF_FORMAT_RECORDIMAGE_P_H
+
+#include <dbf/converters/fieldkind_p.h>
+#include <dbf/converters/textcodec_p.h>
+#include <dbf/model/dbfrecord.h>
+#include <dbf/model/dbfschema.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QVarLengthArray>
+
+#include <string_view>
+
+namespace dbf
+{
+
+class DbfFieldConverter;
+
+/// The converter of \a column, the raw-bytes converter where it has none.
+DbfFieldConverter* converterOf(const DbfColumn& column);
+
+/// Whether a record image is marked deleted; an empty one is not.
+bool isDeletedImage(std::string_view image);
+
+/// The layout of one schema's record images, made ready to read and write many of them.
+///
+/// Slices are views of the image they are cut from; of an image that ends early they come out short
+/// or empty. The schema must outlive the object and stay as it is. Not for use by several threads
+/// at once.
+class RecordImageCodec
+{
+public:
+    explicit RecordImageCodec(const DbfSchema& schema);
+
+    int columnCount() const { return m_fields.size(); }
+
+    /// Returns the bytes of column \a column, which must exist.
+    std::string_view slice(std::string_view image, int column) const;
+
+    /// Returns what the column's converter reads in \a bytes.
+    QVariant value(std::string_view bytes, int column);
+
+    /// Appends what the column's converter makes of \a value.
+    void appendValue(const QVariant& value, int column, QByteArray& image);
+
+    /// Returns the record of index \a index.
+    DbfRecord parse(std::string_view image, int index);
+
+    /// Appends the image of \a record.
+    void append(const DbfRecord& record, QByteArray& image);
+
+    int offset(int column) const { return m_fields[column].offset; }
+    FieldKind kind(int column) const { return m_fields[column].kind; }
+    const DbfColumn& column(int column) const { return *m_fields[column].column; }
+    const TextCodec& textCodec() const { return m_textCodec; }
+
+private:
+    struct Field {
+        const DbfColumn* column;
+        int offset;
+        FieldKind kind;
+    };
+
+    const DbfSchema& m_schema;
+    TextCodec m_textCodec;
+    QVarLengthArray<Field, 32> m_fields;
+    QByteArray m_slice; // the view that converters get, reused so that none is allocated per field
+};
+
+} // namespace dbf
+
+#endif

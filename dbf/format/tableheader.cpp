@@ -1,0 +1,122 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/format/layout_p.h>
+#include <dbf/table/dbftable.h>
+
+#include <QtCore/QtEndian>
+
+#include <array>
+
+namespace dbf
+{
+
+DbfTableDescriptor DbfTable::parseTableDescriptor(const QByteArray& header)
+{
+    if (header.size() < layout::headerSize)
+        throw ReadError;
+    const char version = header.at(layout::versionOffset);
+    if (!supportVersion(version))
+        throw UnsupportedVersionError;
+
+    const char* const bytes = header.constData();
+    DbfTableDescriptor descriptor;
+    descriptor.version = static_cast<quint8>(version);
+    descriptor.recordCount = qFromLittleEndian<quint32>(bytes + layout::recordCountOffset);
+    descriptor.headerLength = qFromLittleEndian<quint16>(bytes + layout::headerLengthOffset);
+    descriptor.recordLength = qFromLittleEndian<quint16>(bytes + layout::recordLengthOffset);
+    descriptor.codePage = static_cast<DbfCodePage>(header.at(layout::codePageOffset));
+    return descriptor;
+}
+
+QByteArray DbfTable::serializeTableDescriptor(const DbfTableDescriptor& descriptor)
+{
+    std::array<char, layout::headerSize> bytes{};
+    bytes[layout::versionOffset] = static_cast<char>(descriptor.version);
+    qToLittleEndian(descriptor.recordCount, bytes.data() + layout::recordCountOffset);
+    qToLittleEndian(descriptor.headerLength, bytes.data() + layout::headerLengthOffset);
+    qToLittleEndian(descriptor.recordLength, bytes.data() + layout::recordLengthOffset);
+    bytes[layout::codePageOffset] = static_cast<char>(descriptor.codePage);
+    return {bytes.data(), layout::headerSize};
+}
+
+bool DbfTable::supportVersion(char version)
+{
+    const auto byte = static_cast<quint8>(version);
+    return (byte >= layout::firstPlainVersion && byte <= layout::lastPlainVersion) ||
+           (byte >= layout::firstBackLinkVersion && byte <= layout::lastBackLinkVersion);
+}
+
+bool DbfTable::hasDbc(const DbfTableDescriptor& descriptor)
+{
+    return descriptor.version >= layout::firstBackLinkVersion &&
+           descriptor.version <= layout::lastBackLinkVersion;
+}
+
+int DbfTable::schemaLength(const DbfTableDescriptor& descriptor)
+{
+    const int backLink = hasDbc(descriptor) ? layout::backLinkSize : 0;
+    return descriptor.headerLength - layout::headerSize - layout::schemaTerminatorSize - backLink;
+}
+
+qint64 DbfTable::recordOffset(int index, const DbfTableDescriptor& descriptor)
+{
+    return descriptor.headerLength + qint64(index) * descriptor.recordLength;
+}
+
+int DbfTable::calcRecordLength(const DbfSchema& schema)
+{
+    int length = layout::deletionFlagSize;
+    for (const DbfColumn& column : schema.columns)
+        length += column.descriptor.length;
+    return length;
+}
+
+int DbfTable::calcSchemaLength(const DbfSchema& schema)
+{
+    return layout::fieldDescriptorSize * schema.columns.size() + layout::schemaTerminatorSize;
+}
+
+int DbfTable::headerLength(const DbfSchema& schema)
+{
+    if (schema.columns.size() > layout::maxColumnCount)
+        throw HeaderTooLongError;
+    return calcSchemaLength(schema) + layout::headerSize;
+}
+
+namespace
+{
+
+quint16 storableRecordLength(const DbfSchema& schema)
+{
+    const int length = DbfTable::calcRecordLength(schema);
+    if (length > layout::maxRecordLength)
+        throw DbfTable::HeaderTooLongError;
+    return static_cast<quint16>(length);
+}
+
+} // namespace
+
+DbfTableDescriptor DbfTable::emptyTableDescriptor(DbfCodePage codePage, const DbfSchema& schema)
+{
+    DbfTableDescriptor descriptor;
+    descriptor.headerLength = static_cast<quint16>(headerLength(schema));
+    descriptor.version = layout::newTableVersion;
+    descriptor.codePage = codePage;
+    descriptor.recordLength = storableRecordLength(schema);
+    return descriptor;
+}
+
+DbfTableDescriptor DbfTable::transformDescriptor(const DbfTableDescriptor& source,
+                                                 const DbfSchema& schema)
+{
+    const int length = headerLength(schema) + (hasDbc(source) ? layout::backLinkSize : 0);
+    if (length > layout::maxHeaderLength)
+        throw HeaderTooLongError;
+    DbfTableDescriptor descriptor = source;
+    descriptor.headerLength = static_cast<quint16>(length);
+    descriptor.recordLength = storableRecordLength(schema);
+    return descriptor;
+}
+
+} // namespace dbf
