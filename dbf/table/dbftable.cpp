@@ -1,0 +1,117 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/table/dbftable_p.h>
+
+#include <limits>
+#include <utility>
+
+namespace dbf
+{
+
+namespace
+{
+
+void deleteDevice(QIODevice* device)
+{
+    delete device;
+}
+
+void leaveDevice(QIODevice* /*device*/) {}
+
+} // namespace
+
+DbfTable::DbfTable(std::unique_ptr<QIODevice, void (*)(QIODevice*)> device)
+    : m_device(std::move(device))
+{
+}
+
+DbfTable::DbfTable(QIODevice* device) : m_device(device, leaveDevice) {}
+
+DbfTable::DbfTable(DbfTable&& other) noexcept = default;
+
+DbfTable& DbfTable::operator=(DbfTable&& other) noexcept
+{
+    swap(*this, other);
+    return *this;
+}
+
+// The schema goes first, being the last member, then the device goes to its release function.
+DbfTable::~DbfTable() = default;
+
+void swap(DbfTable& a, DbfTable& b) noexcept
+{
+    using std::swap;
+    swap(a.m_device, b.m_device);
+    swap(a.m_descriptor, b.m_descriptor);
+    swap(a.m_lastError, b.m_lastError);
+    swap(a.m_opened, b.m_opened);
+    swap(a.m_schema, b.m_schema);
+}
+
+void DbfTable::destroyDeviceAtExit(bool destroy)
+{
+    m_device.get_deleter() = destroy ? deleteDevice : leaveDevice;
+}
+
+void DbfTable::close()
+{
+    if (m_device)
+        closeDevice(m_device.get());
+    m_opened = false;
+}
+
+const DbfSchema& DbfTable::schema() const
+{
+    return m_schema;
+}
+
+const DbfTableDescriptor& DbfTable::descriptor() const
+{
+    return m_descriptor;
+}
+
+DbfTable::DbfTableError DbfTable::lastError() const
+{
+    return m_lastError;
+}
+
+bool DbfTable::hasError() const
+{
+    return m_lastError != NoError;
+}
+
+bool DbfTable::isOpen() const
+{
+    return m_opened;
+}
+
+QIODevice* DbfTable::device() const
+{
+    return m_device.get();
+}
+
+int DbfTable::recordCount() const
+{
+    constexpr quint32 maxCount = std::numeric_limits<int>::max();
+    return static_cast<int>(qMin(m_descriptor.recordCount, maxCount));
+}
+
+void DbfTable::overrideTextCodec(QTextCodec* codec)
+{
+    m_schema.setCodec(codec);
+}
+
+void DbfTable::setFieldConverter(int column, DbfFieldConverter* converter)
+{
+    if (column >= 0 && column < m_schema.columns.size())
+        m_schema.columns[column].setConverter(converter);
+}
+
+bool DbfTable::error(DbfTableError code)
+{
+    m_lastError = code;
+    return false;
+}
+
+} // namespace dbf

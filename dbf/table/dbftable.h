@@ -1,0 +1,392 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_TABLE_DBFTABLE_H
+#define DBF_TABLE_DBFTABLE_H
+
+#include <dbf/dbfexport.h>
+#include <dbf/format/dbfcodepage.h>
+#include <dbf/format/dbftabledescriptor.h>
+#include <dbf/model/dbffielddescriptor.h>
+#include <dbf/model/dbfrecord.h>
+#include <dbf/model/dbfschema.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QIODevice>
+#include <QtCore/QVector>
+
+#include <memory>
+
+class QTextCodec;
+
+namespace dbf
+{
+
+class DbfFieldConverter;
+struct DbfSchemaTransform;
+
+/// A table on a device: opens it, reads, rewrites and appends its records, creates it anew, and
+/// copies it into another device with its columns changed.
+///
+/// Records are numbered from 0. Operations that fail return false, an empty vector, a transient
+/// blank record, or true (isRecordDeleted()), and record a code in the table, which lastError()
+/// shows. The code is sticky: nothing clears it, and open(), reopen() and actualize() refuse to run
+/// while there is one; a caller recovers by making a new table on the device. Only
+/// copyAndTransform() records nothing. Exceptions of a caller's own converter or device, and those
+/// of failed memory allocation, pass through.
+///
+/// The static functions are the pieces the operations are made of: pure functions on the bytes of
+/// the format, and primitives on a device. They report failure by throwing a DbfTableError; a
+/// device that is null or not open counts as one that reads or writes nothing.
+///
+/// A table and its device serve one thread at a time. Tables on separate devices are independent.
+class DBFTABLE_EXPORT DbfTable
+{
+public:
+    /// Why an operation failed.
+    enum DBFTABLE_EXPORT DbfTableError : quint8 {
+        NoError = 0,                 ///< Nothing recorded.
+        OpenError = 1,               ///< No device, or the device did not open.
+        ReadError = 2,               ///< A read came short, or a record slot is out of reach.
+        WriteError = 3,              ///< A write came short, or the image to write is too short.
+        UnsupportedVersionError = 5, ///< The version byte is not one that the library reads.
+        HeaderTooLongError = 7, ///< Header or record length would not fit the 16 bits they have.
+    };
+
+    /// @name The table object
+    /// @{
+
+    /// Takes over \a device, which may be null, with the function that releases it. The device is
+    /// neither opened nor read.
+    explicit DbfTable(std::unique_ptr<QIODevice, void (*)(QIODevice*)> device);
+
+    /// Borrows \a device, which may be null and must outlive the table unless
+    /// destroyDeviceAtExit() says otherwise.
+    explicit DbfTable(QIODevice* device);
+
+    /// Takes everything over; \a other is left without device and columns.
+    DbfTable(DbfTable&& other) noexcept;
+
+    /// Exchanges the two tables: \a other gets this table's former device and releases it when it
+    /// is destroyed itself.
+    DbfTable& operator=(DbfTable&& other) noexcept;
+
+    DbfTable(const DbfTable&) = delete;
+    DbfTable& operator=(const DbfTable&) = delete;
+
+    /// Releases the device through its release function, without closing it first.
+    ~DbfTable();
+
+    /// Exchanges everything the two tables hold.
+    DBFTABLE_EXPORT friend void swap(DbfTable& a, DbfTable& b) noexcept;
+
+    /// Chooses whether the table deletes its device when it is destroyed, in place of whatever
+    /// release function it had.
+    void destroyDeviceAtExit(bool destroy);
+
+    /// Closes the device, if there is one; header and schema stay in memory. A QSaveFile is left to
+    /// its owner's commit(), since its close() ends the process.
+    void close();
+
+    /// Returns the table's structure: empty until the first open(), rebuilt by every one.
+    const DbfSchema& schema() const;
+
+    /// Returns the header as of the last open(), with the records appended since counted.
+    const DbfTableDescriptor& descriptor() const;
+
+    /// Returns the code recorded last, NoError if none was.
+    DbfTableError lastError() const;
+
+    /// Returns whether an error is recorded.
+    bool hasError() const;
+
+    /// Returns whether the last open() succeeded and close() was not called since.
+    bool isOpen() const;
+
+    /// Returns the device, null if there is none. It stays the table's.
+    QIODevice* device() const;
+
+    /// Returns the number of records, those marked deleted included, as of the last open() and
+    /// with those appended since; 2147483647 when there are more.
+    int recordCount() const;
+
+    /// Imposes \a codec (not owned) on text and names, now and in later open() calls. Null lets the
+    /// next open() choose by the header's code page.
+    void overrideTextCodec(QTextCodec* codec);
+
+    /// Installs \a converter (not owned) on column \a column (0 to the column count minus 1; other
+    /// values change nothing). Every later open(), reopen() or refreshing actualize() puts the
+    /// default converters back.
+    void setFieldConverter(int column, DbfFieldConverter* converter);
+
+    /// Records \a code in place of any earlier one. Always returns false.
+    bool error(DbfTableError code);
+
+    /// @}
+    /// @name Opening and refreshing
+    /// @{
+
+    /// Opens the device in \a mode unless it is open already, and reads header and columns from its
+    /// current position. Chooses the codec by the header's code page unless there is one, and gives
+    /// every column its default converter. Reads no record.
+    ///
+    /// Returns false, touching nothing, while an error is recorded. Records OpenError without a
+    /// device or when it does not open, ReadError when header or columns are cut short or the
+    /// header length is impossible, UnsupportedVersionError. After a failure isOpen(), the columns
+    /// and (unless only the columns could not be read) descriptor() are as before; the device stays
+    /// open.
+    bool open(QIODevice::OpenMode mode);
+
+    /// Closes the table and opens it again in the device's current mode. Records as open() does;
+    /// while an error is recorded the table ends up closed and false is returned.
+    bool reopen();
+
+    /// Returns false when the device is a file and its path now shows a file of another size or
+    /// modification time than the open one, that is, when the file was replaced. Every other case,
+    /// a vanished file included, counts as actual. A file changed in place through its own path
+    /// counts as actual, too. Records nothing.
+    bool isActual() const;
+
+    /// Reopens the table unless it is actual; true when there was nothing to do.
+    bool actualize();
+
+    /// @}
+    /// @name Reading records
+    /// @{
+
+    /// Returns record \a index (0 to recordCount() - 1). Records ReadError and returns a transient
+    /// blank record when the index is out of range or the image cannot be read whole.
+    DbfRecord readRecord(int index);
+
+    /// Returns \a count records from \a first on, read with one seek and one read. All or nothing:
+    /// records ReadError and returns an empty vector when \a first is out of range, \a count is
+    /// negative, the range is longer than 2147483647 bytes, or the device does not hold all of it.
+    /// Reading a big table in ranges of some hundred records is faster than in one.
+    QVector<DbfRecord> readRecords(int first, int count);
+
+    /// Returns whether record \a index is marked deleted. Records ReadError and returns true when
+    /// the flag cannot be read.
+    bool isRecordDeleted(int index);
+
+    /// Returns a record of that index (transient if negative) with an invalid QVariant for every
+    /// column. Touches no device.
+    DbfRecord blankRecord(int index) const;
+
+    /// @}
+    /// @name Writing records
+    /// @{
+
+    /// Writes \a record over the row that its index names, deleted flag included. Returns false
+    /// without recording anything or touching the device for a transient record and for an index
+    /// of recordCount() or more. Records ReadError when the slot cannot be reached, WriteError when
+    /// the image is shorter than the record length (nothing is written then) or the device does not
+    /// take it whole. The header is not touched.
+    bool updateRecord(const DbfRecord& record);
+
+    /// Writes \a record after the last one (its own index is ignored), then the end marker, then
+    /// the new count into the header. Records ReadError when the slot cannot be reached or the
+    /// table has more records than an index can number, WriteError when the image is shorter than
+    /// the record length (nothing is written then), or record or end marker are not taken. The
+    /// count, in memory and in the file, then stays as it was. A failed write of the count goes
+    /// unnoticed.
+    bool appendRecord(const DbfRecord& record);
+
+    /// @}
+    /// @name Creating and copying
+    /// @{
+
+    /// Opens the device write-only and writes an empty table of \a schema onto it, then closes it
+    /// (a QSaveFile stays open for its owner's commit()). The table object itself stays as it was:
+    /// open() the new table to use it.
+    ///
+    /// Records OpenError without a device or when it does not open, HeaderTooLongError for more
+    /// than 2046 columns or records longer than 65535 bytes, WriteError when the device does not
+    /// take everything. After a failure the device stays open. Runs even while an error is
+    /// recorded.
+    bool create(const DbfSchema& schema);
+
+    /// Writes a copy of the whole table, its columns changed by \a transform, onto \a device (not
+    /// owned, closed when the call begins): opens it write-only, writes in sequence without a seek,
+    /// and closes it (a QSaveFile stays open for its owner's commit()). Records marked deleted are
+    /// copied, too. The copy keeps version, code page byte and record count.
+    ///
+    /// Returns false and records nothing when the table is not open or has no device, its record
+    /// length is 0, it has more than 2147483647 records, \a device is null or the table's own, or
+    /// anything fails on the way; the target then stays open with what was written so far. Throws
+    /// std::out_of_range at the first record when a source index of the transform is neither -1 nor
+    /// a column of this table, or a target column has no entry in it.
+    bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform);
+
+    /// @}
+    /// @name The header
+    /// @{
+
+    /// Parses the first 32 bytes of \a header. Throws ReadError when there are fewer, and
+    /// UnsupportedVersionError. Nothing else is validated.
+    static DbfTableDescriptor parseTableDescriptor(const QByteArray& header);
+
+    /// Returns the 32 header bytes of \a descriptor; all bytes without a field in it are zero,
+    /// those of the date included.
+    static QByteArray serializeTableDescriptor(const DbfTableDescriptor& descriptor);
+
+    /// Returns whether tables of that version byte are read: 0x02 to 0x07, 0x30 and 0x31.
+    static bool supportVersion(char version);
+
+    /// Returns whether the file has a 263-byte back-link area before its records: versions 0x30 and
+    /// 0x31.
+    static bool hasDbc(const DbfTableDescriptor& descriptor);
+
+    /// Returns the length in bytes of the field descriptor block, its terminator excluded; negative
+    /// when the header length is impossible.
+    static int schemaLength(const DbfTableDescriptor& descriptor);
+
+    /// Returns the file offset of record \a index in bytes. The index is not checked.
+    static qint64 recordOffset(int index, const DbfTableDescriptor& descriptor);
+
+    /// Returns the bytes of one record: the deletion flag and all fields.
+    static int calcRecordLength(const DbfSchema& schema);
+
+    /// Returns the bytes of the field descriptor block with its terminator.
+    static int calcSchemaLength(const DbfSchema& schema);
+
+    /// Returns the header length of a plain table, without back-link area. Throws
+    /// HeaderTooLongError for more than 2046 columns.
+    static int headerLength(const DbfSchema& schema);
+
+    /// Returns the header of a new, empty table of version 0x03. Throws HeaderTooLongError for more
+    /// than 2046 columns or a record length above 65535.
+    static DbfTableDescriptor emptyTableDescriptor(DbfCodePage codePage, const DbfSchema& schema);
+
+    /// Returns the header of a copy of \a source with the columns of \a schema: version, code page
+    /// and count are kept, and so is the back-link area of versions 0x30 and 0x31. Throws
+    /// HeaderTooLongError when header or record length do not fit 16 bits.
+    static DbfTableDescriptor transformDescriptor(const DbfTableDescriptor& source,
+                                                  const DbfSchema& schema);
+
+    /// @}
+    /// @name Field descriptors
+    /// @{
+
+    /// Parses the 32-byte field descriptor at \a record, its name decoded with \a codec (null as in
+    /// DbfSchema::setCodec) and trimmed.
+    static DbfFieldDescriptor parseFieldDescriptor(const char* record, QTextCodec* codec);
+
+    /// Parses the field descriptors in \a block, as many as schemaLength() of \a descriptor tells;
+    /// none when that is negative. Throws ReadError when the block is shorter.
+    static QVector<DbfFieldDescriptor> parseFieldDescriptors(const QByteArray& block,
+                                                             const DbfTableDescriptor& descriptor,
+                                                             QTextCodec* codec);
+
+    /// Returns the 32 bytes of \a field, the first 10 bytes of its name in \a codec (null as in
+    /// DbfSchema::setCodec) included.
+    static QByteArray serializeFieldDescriptor(const DbfFieldDescriptor& field, QTextCodec* codec);
+
+    /// Returns the field descriptor block of \a schema, 32 bytes per column, without terminator.
+    static QByteArray serializeSchema(const DbfSchema& schema);
+
+    /// @}
+    /// @name Code pages
+    /// @{
+
+    /// Returns Qt's codec (not owned) for a header's code page byte: DOS Cyrillic for 0x66, Windows
+    /// Cyrillic for 0xC9 and 0x00, KOI8-R for everything else. Null when Qt lacks it.
+    static QTextCodec* codecByCodePage(DbfCodePage codePage);
+
+    /// Returns the code page byte that a new table of \a codec gets: that of the two Cyrillic
+    /// codecs, under whatever name Qt knows them, else NotSet. \a codec may be null.
+    static DbfCodePage codePageByCodec(QTextCodec* codec);
+
+    /// Returns the IANA MIBenum of the character set that the language driver id \a id (a header's
+    /// code page byte) stands for, 0 for ids without one. QTextCodec::codecForMib finds its codec.
+    static int languageIdToMIB(int id);
+
+    /// @}
+    /// @name Record images
+    /// @{
+
+    /// Parses a record image: the record of index \a index, marked deleted when the first byte is
+    /// 0x2A, with one value per column of \a schema. Of an image that ends early, the converters
+    /// get short or empty slices.
+    static DbfRecord parseRecord(const QByteArray& image, int index, const DbfSchema& schema);
+
+    /// Returns the image of \a record: the deletion flag and what the column's converters make of
+    /// the values, neither padded nor cut. Its length is the record length only when every
+    /// converter gives its field's length. Columns without a value get their blank image; values
+    /// beyond the last column are ignored.
+    static QByteArray serializeRecord(const DbfRecord& record, const DbfTableDescriptor& descriptor,
+                                      const DbfSchema& schema);
+
+    /// Returns the record image \a record of a table of \a sourceSchema rewritten by \a transform,
+    /// deletion flag kept: blank images for new columns, the result of transformField() for the
+    /// others. Throws std::out_of_range for a source index that is neither -1 nor a column of
+    /// \a sourceSchema, and for a column without entry in the transform's map.
+    static QByteArray transformRecord(const QByteArray& record, const DbfSchema& sourceSchema,
+                                      const DbfSchemaTransform& transform);
+
+    /// @}
+    /// @name Device primitives
+    /// @{
+
+    /// Returns exactly \a length bytes read from the current position with one read. Throws
+    /// ReadError when the device gives fewer, and for a negative length.
+    static QByteArray readData(QIODevice* device, int length);
+
+    /// Returns the 32 header bytes, read from the current position. Throws ReadError.
+    static QByteArray readTableDescriptorData(QIODevice* device);
+
+    /// Returns the field descriptor block, read from the current position. Throws ReadError, before
+    /// reading anything when the header length is impossible.
+    static QByteArray readSchemaData(QIODevice* device, const DbfTableDescriptor& descriptor);
+
+    /// Moves the device to \a offset bytes behind the start of record slot \a index, 0 to the
+    /// record count, both included. Throws ReadError for other indexes and when the device does not
+    /// seek.
+    static void seekRecord(QIODevice* device, int index, const DbfTableDescriptor& descriptor,
+                           int offset);
+
+    /// Returns the image of record \a index. Throws ReadError.
+    static QByteArray readRecordData(QIODevice* device, int index,
+                                     const DbfTableDescriptor& descriptor);
+
+    /// Returns the images of \a count records from \a first on, read with one seek and one read.
+    /// Throws ReadError, before allocating anything when they are longer than 2147483647 bytes.
+    static QByteArray readRecordsData(QIODevice* device, int first, unsigned long count,
+                                      const DbfTableDescriptor& descriptor);
+
+    /// Writes the first \a size bytes of \a data at the current position with one write. Throws
+    /// WriteError when \a data is shorter, then without touching the device, and when the device
+    /// does not take them all.
+    static void writeData(QIODevice* device, const QByteArray& data, long long size);
+
+    /// Writes the byte 0x0D that ends the field descriptors. Throws WriteError.
+    static void writeSchemaTerminator(QIODevice* device);
+
+    /// Writes the byte 0x1A that ends the records. Throws WriteError.
+    static void writeEndMarker(QIODevice* device);
+
+    /// Writes \a count into the header. A failure goes unnoticed; when the device does not seek to
+    /// the header, nothing is written.
+    static void updateRecordCount(QIODevice* device, unsigned int count);
+
+    /// @}
+
+private:
+    template <typename Operation>
+    bool recordingErrors(Operation operation);
+    int slotForAppending() const;
+    bool canCopyTo(const QIODevice* target) const;
+
+    std::unique_ptr<QIODevice, void (*)(QIODevice*)> m_device;
+    DbfTableDescriptor m_descriptor;
+    DbfTableError m_lastError = NoError;
+    bool m_opened = false;
+    DbfSchema m_schema;
+};
+
+/// Exchanges everything the two tables hold: device and release function, header, schema, recorded
+/// error and open state.
+DBFTABLE_EXPORT void swap(DbfTable& a, DbfTable& b) noexcept;
+
+} // namespace dbf
+
+#endif

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/table/dbftable_p.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QFile>
+#include <QtCore/QFileDevice>
+#include <QtCore/QFileInfo>
+
+namespace dbf
+{
+
+bool DbfTable::open(QIODevice::OpenMode mode)
+{
+    if (hasError())
+        return false;
+    if (!m_device)
+        return error(OpenError);
+    if (!m_device->isOpen() && !m_device->open(mode))
+        return error(OpenError);
+
+    return recordingErrors([this] {
+        m_descriptor = parseTableDescriptor(readTableDescriptorData(device()));
+        if (!m_schema.codec)
+            m_schema.setCodec(codecByCodePage(m_descriptor.codePage));
+        const QByteArray block = readSchemaData(device(), m_descriptor);
+        m_schema.setColumns(parseFieldDescriptors(block, m_descriptor, m_schema.codec));
+        m_opened = true;
+    });
+}
+
+bool DbfTable::reopen()
+{
+    // Opened for writing anew, a device may have been told to start empty; the table in it now must
+    // not be thrown away for that.
+    const QIODevice::OpenMode mode = m_device ? m_device->openMode() : QIODevice::ReadOnly;
+    close();
+    return open(mode & ~(QIODevice::Truncate | QIODevice::NewOnly));
+}
+
+bool DbfTable::isActual() const
+{
+    const auto* const file = qobject_cast<const QFileDevice*>(m_device.get());
+    if (!file)
+        return true;
+    const QString name = file->fileName();
+    if (name.isEmpty() || !QFile::exists(name))
+        return true;
+
+    const QFileInfo named(name);
+    if (named.size() != file->size())
+        return false;
+    return named.fileTime(QFileDevice::FileModificationTime) ==
+           file->fileTime(QFileDevice::FileModificationTime);
+}
+
+bool DbfTable::actualize()
+{
+    return isActual() || reopen();
+}
+
+} // namespace dbf

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_TABLE_DBFTABLE_P_H
+#define DBF_TABLE_DBFTABLE_P_H
+
+#include <dbf/table/dbftable.h>
+
+namespace dbf
+{
+
+/// Runs \a operation and turns the code that it throws, if any, into the recorded one. Returns
+/// whether it threw none.
+template <typename Operation>
+bool DbfTable::recordingErrors(Operation operation)
+{
+    try {
+        operation();
+        return true;
+    } catch (DbfTableError code) {
+        return error(code);
+    }
+}
+
+/// Reads up to \a length bytes at the current position into \a data with one read, and no more than
+/// the device holds where it can tell. Returns the number read, -1 if the device refuses.
+qint64 readUpTo(QIODevice* device, char* data, qint64 length);
+
+/// Returns how many of \a length bytes the device can still hold behind its position: all of them
+/// where it cannot tell.
+qint64 obtainable(QIODevice* device, qint64 length);
+
+/// Throws WriteError when \a device would not put a record's bytes where a seek went, or not as
+/// they are.
+void requireExactWrites(const QIODevice* device);
+
+/// Hands on what a QFileDevice has gathered, so that a full disk shows while it can still be
+/// reported. Throws WriteError.
+void flushWrites(QIODevice* device);
+
+/// Closes \a device, unless it is a QSaveFile: that ends the process when it is closed, and waits
+/// for its owner's commit().
+void closeDevice(QIODevice* device);
+
+/// Writes everything that stands before the records: header, field descriptors, terminator and,
+/// where the version has one, an empty back-link area. Throws WriteError.
+void writeTableStart(QIODevice* device, const DbfTableDescriptor& descriptor,
+                     const DbfSchema& schema);
+
+} // namespace dbf
+
+#endif
