@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/dbffieldconverter.h>
+#include <dbf/format/recordimage_p.h>
+#include <dbf/model/dbfschema.h>
+#include <dbf/transform/dbffieldtransform.h>
+
+#include <algorithm>
+
+namespace dbf
+{
+
+QByteArray transformField(const QByteArray& bytes, const DbfSchema& sourceSchema,
+                          const DbfColumn& sourceColumn, const DbfSchema& targetSchema,
+                          const DbfColumn& targetColumn)
+{
+    if (!targetColumn.needConvert(sourceColumn) && sourceSchema.codec == targetSchema.codec)
+        return bytes;
+    const DbfFieldConverter* const target = converterOf(targetColumn);
+    QVariant value =
+        converterOf(sourceColumn)->toVariant(bytes, sourceSchema, sourceColumn.descriptor);
+    target->convertVariant(value);
+    return target->toByteArray(value, targetSchema, targetColumn.descriptor);
+}
+
+QByteArray resizeField(const QByteArray& bytes, int fromLength, int toLength)
+{
+    if (toLength < fromLength)
+        return bytes.left(std::max(toLength, 0));
+    return bytes + QByteArray(toLength - fromLength, ' ');
+}
+
+} // namespace dbf

@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/transform/dbfschematransform.h>
+
+#include <utility>
+
+namespace dbf
+{
+
+namespace
+{
+
+constexpr int noSource = -1;
+
+bool isIndex(int index, int size)
+{
+    return index >= 0 && index < size;
+}
+
+} // namespace
+
+DbfSchemaTransform::DbfSchemaTransform(DbfSchema targetSchema, QList<int> sources)
+    : schema(std::move(targetSchema)), sourceIndexes(std::move(sources))
+{
+}
+
+DbfSchemaTransform DbfSchemaTransform::identity(DbfSchema sourceSchema)
+{
+    QList<int> sources;
+    sources.reserve(sourceSchema.columns.size());
+    for (int i = 0; i < sourceSchema.columns.size(); ++i)
+        sources.append(i);
+    return {std::move(sourceSchema), std::move(sources)};
+}
+
+void DbfSchemaTransform::insertNewColumn(int position, const DbfFieldDescriptor& descriptor)
+{
+    if (position < 0 || position > schema.columns.size())
+        return;
+    schema.columns.insert(position, DbfColumn(descriptor));
+    sourceIndexes.insert(position, noSource);
+}
+
+void DbfSchemaTransform::updateColumn(int index, const DbfFieldDescriptor& descriptor)
+{
+    if (isIndex(index, schema.columns.size()))
+        schema.columns[index] = DbfColumn(descriptor);
+}
+
+void DbfSchemaTransform::deleteColumn(int index)
+{
+    if (!isIndex(index, schema.columns.size()))
+        return;
+    schema.columns.remove(index);
+    if (isIndex(index, sourceIndexes.size()))
+        sourceIndexes.removeAt(index);
+}
+
+void DbfSchemaTransform::moveColumn(int from, int to)
+{
+    const int count = schema.columns.size();
+    if (!isIndex(from, count) || !isIndex(to, count))
+        return;
+    schema.columns.move(from, to);
+    if (isIndex(from, sourceIndexes.size()) && isIndex(to, sourceIndexes.size()))
+        sourceIndexes.move(from, to);
+}
+
+} // namespace dbf

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/fieldtext_p.h>
+#include <dbf/table/dbftable_p.h>
+#include <dbf/transform/recordtransformer_p.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace dbf
+{
+
+namespace
+{
+
+constexpr int maxBatchSize = 8388608; // bytes
+
+/// Rewrites the records of \a source, which are read in batches, one write each.
+void copyRecords(QIODevice* source, const DbfTableDescriptor& sourceDescriptor,
+                 RecordTransformer& transformer, QIODevice* target, int targetRecordLength)
+{
+    const int recordLength = sourceDescriptor.recordLength;
+    const int batchSize = maxBatchSize / recordLength;
+    const auto count = static_cast<int>(sourceDescriptor.recordCount);
+    QByteArray image = emptyWithRoom(targetRecordLength);
+    for (int start = 0; start < count;) {
+        const int batch = std::min(batchSize, count - start);
+        const QByteArray images = DbfTable::readRecordsData(
+            source, start, static_cast<unsigned>(batch), sourceDescriptor);
+        for (int i = 0; i < batch; ++i) {
+            image.resize(0);
+            transformer.append(
+                {images.constData() + i * recordLength, static_cast<size_t>(recordLength)}, image);
+            DbfTable::writeData(target, image, targetRecordLength);
+        }
+        start += batch;
+    }
+}
+
+} // namespace
+
+bool DbfTable::canCopyTo(const QIODevice* target) const
+{
+    return m_opened && m_device && target && target != m_device.get() &&
+           m_descriptor.recordLength > 0 &&
+           m_descriptor.recordCount <= static_cast<quint32>(std::numeric_limits<int>::max());
+}
+
+bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
+{
+    if (!canCopyTo(device) || !device->open(QIODevice::WriteOnly))
+        return false;
+    try {
+        const DbfTableDescriptor descriptor = transformDescriptor(m_descriptor, transform.schema);
+        RecordTransformer transformer(m_schema, transform);
+        writeTableStart(device, descriptor, transform.schema);
+        copyRecords(m_device.get(), m_descriptor, transformer, device, descriptor.recordLength);
+        writeEndMarker(device);
+        flushWrites(device);
+        closeDevice(device);
+        return true;
+    } catch (DbfTableError) {
+        return false;
+    }
+}
+
+} // namespace dbf
