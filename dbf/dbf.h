@@ -29,6 +29,7 @@
 #include <dbf/model/dbfrecord.h>
 #include <dbf/model/dbfrecordsizeoverflow.h>
 #include <dbf/model/dbfschema.h>
+#include <dbf/table/dbfrecordcursor.h>
 #include <dbf/table/dbftable.h>
 #include <dbf/transform/dbffieldtransform.h>
 #include <dbf/transform/dbfschematransform.h>

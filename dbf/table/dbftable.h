@@ -191,6 +191,13 @@ public:
     /// unnoticed.
     bool appendRecord(const DbfRecord& record);
 
+    /// Appends all of \a records as appendRecord() would one by one, much faster: one seek, the
+    /// images in blocks of some 64 KiB, one end marker, one count. All or nothing: after a failure,
+    /// recorded as by appendRecord(), the count is as it was, in memory and in the file, and the
+    /// end marker stands again where it stood if the device still takes writes. An empty vector
+    /// does nothing and returns true.
+    bool appendRecords(const QVector<DbfRecord>& records);
+
     /// @}
     /// @name Creating and copying
     /// @{
@@ -373,7 +380,10 @@ public:
 private:
     template <typename Operation>
     bool recordingErrors(Operation operation);
-    int slotForAppending() const;
+    void seekSlotForAppending(int count);
+    void finishAppending(int count);
+    void writeImages(const QVector<DbfRecord>& records, bool& writing);
+    void restoreEndMarker();
     bool canCopyTo(const QIODevice* target) const;
 
     std::unique_ptr<QIODevice, void (*)(QIODevice*)> m_device;

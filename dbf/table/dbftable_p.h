@@ -30,6 +30,11 @@ qint64 readUpTo(QIODevice* device, char* data, qint64 length);
 /// where it cannot tell.
 qint64 obtainable(QIODevice* device, qint64 length);
 
+/// Throws ReadError when records have no bytes at all and \a count of them is more than \a device
+/// has bytes: nothing on the device then bounds how many a header can make a caller ask for.
+void requirePlausibleCount(const QIODevice* device, qint64 count,
+                           const DbfTableDescriptor& descriptor);
+
 /// Throws WriteError when \a device would not put a record's bytes where a seek went, or not as
 /// they are.
 void requireExactWrites(const QIODevice* device);

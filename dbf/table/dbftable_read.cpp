@@ -11,21 +11,6 @@
 namespace dbf
 {
 
-namespace
-{
-
-// Records without any bytes are nowhere on the device; only its size then bounds how many of them
-// a header can make a caller ask for.
-void requirePlausibleCount(const QIODevice* device, int count, const DbfTableDescriptor& descriptor)
-{
-    if (count < 0)
-        throw DbfTable::ReadError;
-    if (descriptor.recordLength == 0 && device && count > device->size())
-        throw DbfTable::ReadError;
-}
-
-} // namespace
-
 DbfRecord DbfTable::readRecord(int index)
 {
     DbfRecord record;
@@ -39,6 +24,8 @@ QVector<DbfRecord> DbfTable::readRecords(int first, int count)
 {
     QVector<DbfRecord> records;
     const bool read = recordingErrors([&] {
+        if (count < 0)
+            throw ReadError;
         requirePlausibleCount(device(), count, m_descriptor);
         const QByteArray images =
             readRecordsData(device(), first, static_cast<unsigned>(count), m_descriptor);

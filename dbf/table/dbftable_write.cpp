@@ -1,12 +1,19 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/converters/fieldtext_p.h>
+#include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable_p.h>
 
 #include <limits>
 
 namespace dbf
 {
+
+namespace
+{
+constexpr int appendBlockSize = 65536; // bytes
+} // namespace
 
 bool DbfTable::updateRecord(const DbfRecord& record)
 {
@@ -25,14 +32,28 @@ bool DbfTable::updateRecord(const DbfRecord& record)
 bool DbfTable::appendRecord(const DbfRecord& record)
 {
     return recordingErrors([&] {
-        requireExactWrites(device());
-        seekRecord(device(), slotForAppending(), m_descriptor, 0);
+        seekSlotForAppending(1);
         writeData(device(), serializeRecord(record, m_descriptor, m_schema),
                   m_descriptor.recordLength);
-        writeEndMarker(device());
-        flushWrites(device());
-        ++m_descriptor.recordCount;
-        updateRecordCount(device(), m_descriptor.recordCount);
+        finishAppending(1);
+    });
+}
+
+bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
+{
+    if (records.isEmpty())
+        return true;
+    return recordingErrors([&] {
+        seekSlotForAppending(records.size());
+        bool overwrittenEndMarker = false;
+        try {
+            writeImages(records, overwrittenEndMarker);
+            finishAppending(records.size());
+        } catch (...) {
+            if (overwrittenEndMarker)
+                restoreEndMarker();
+            throw;
+        }
     });
 }
 
@@ -50,13 +71,59 @@ bool DbfTable::create(const DbfSchema& schema)
     });
 }
 
-// The index behind the last record. Beyond what an int numbers no index reaches the slot, and a
-// wrapped one would name a record that exists.
-int DbfTable::slotForAppending() const
+// Beyond what an int numbers no index reaches the slots, and a wrapped one would name a record that
+// exists.
+void DbfTable::seekSlotForAppending(int count)
 {
-    if (m_descriptor.recordCount > static_cast<quint32>(std::numeric_limits<int>::max()))
+    constexpr qint64 lastSlot = std::numeric_limits<int>::max();
+    requireExactWrites(device());
+    if (m_descriptor.recordCount + qint64(count) - 1 > lastSlot)
         throw ReadError;
-    return static_cast<int>(m_descriptor.recordCount);
+    seekRecord(device(), static_cast<int>(m_descriptor.recordCount), m_descriptor, 0);
+}
+
+// The count grows last: a table that is cut off before never counts a record that is not whole.
+void DbfTable::finishAppending(int count)
+{
+    writeEndMarker(device());
+    flushWrites(device());
+    m_descriptor.recordCount += static_cast<quint32>(count);
+    updateRecordCount(device(), m_descriptor.recordCount);
+}
+
+void DbfTable::writeImages(const QVector<DbfRecord>& records, bool& writing)
+{
+    const int recordLength = m_descriptor.recordLength;
+    RecordImageCodec codec(m_schema);
+    QByteArray block = emptyWithRoom(appendBlockSize + recordLength);
+    for (const DbfRecord& record : records) {
+        const int start = block.size();
+        codec.append(record, block);
+        if (block.size() - start < recordLength)
+            throw WriteError;
+        block.resize(start + recordLength);
+        if (block.size() >= appendBlockSize) {
+            writing = true;
+            writeData(device(), block, block.size());
+            block.resize(0);
+        }
+    }
+    if (!block.isEmpty()) {
+        writing = true;
+        writeData(device(), block, block.size());
+    }
+}
+
+void DbfTable::restoreEndMarker()
+{
+    try {
+        seekRecord(device(), static_cast<int>(m_descriptor.recordCount), m_descriptor, 0);
+        writeEndMarker(device());
+        flushWrites(device());
+    } catch (DbfTableError) {
+        // The failure that brought us here is the one to report.
+        return;
+    }
 }
 
 } // namespace dbf

@@ -57,6 +57,13 @@ qint64 readUpTo(QIODevice* device, char* data, qint64 length)
     return canRead(device) ? device->read(data, obtainable(device, length)) : -1;
 }
 
+void requirePlausibleCount(const QIODevice* device, qint64 count,
+                           const DbfTableDescriptor& descriptor)
+{
+    if (descriptor.recordLength == 0 && device && count > device->size())
+        throw DbfTable::ReadError;
+}
+
 void requireExactWrites(const QIODevice* device)
 {
     if (device && device->openMode() & (QIODevice::Append | QIODevice::Text))
