@@ -21,12 +21,41 @@ constexpr size_t dayOffset = 6;
 constexpr size_t partSize = 2;
 constexpr size_t dateSize = 8;
 
-int digitsAt(std::string_view text, size_t offset, size_t size)
+bool isDigit(char byte)
 {
-    int number = 0;
-    for (const char digit : text.substr(offset, size))
-        number = number * 10 + (digit - '0');
-    return number;
+    return byte >= '0' && byte <= '9';
+}
+
+int twoDigits(const char* text)
+{
+    return (text[0] - '0') * 10 + (text[1] - '0');
+}
+
+bool isLeapYear(int year)
+{
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+bool isDate(int year, int month, int day)
+{
+    constexpr std::array<int, 12> daysOfMonth{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    if (year < 1 || month < 1 || month > 12 || day < 1)
+        return false;
+    const int leapDay = month == 2 && isLeapYear(year) ? 1 : 0;
+    return day <= daysOfMonth[static_cast<size_t>(month - 1)] + leapDay;
+}
+
+// Counts days from 1 March of year 0, so that the leap day ends a year: months from March on begin
+// (153 m + 2) / 5 days into it.
+QDate gregorianDate(int year, int month, int day)
+{
+    constexpr qint64 julianDayOfOrigin = 1721120; // 1 March of year 0
+    const int marchMonth = month > 2 ? month - 3 : month + 9;
+    const int marchYear = month > 2 ? year : year - 1;
+    const int dayOfYear = (153 * marchMonth + 2) / 5 + day - 1;
+    const int days =
+        marchYear * 365 + marchYear / 4 - marchYear / 100 + marchYear / 400 + dayOfYear;
+    return QDate::fromJulianDay(julianDayOfOrigin + days);
 }
 
 int partByQt(std::string_view text, size_t offset, size_t size)
@@ -48,10 +77,12 @@ void writeDigits(int number, char* text, size_t size)
 QDate readDate(std::string_view bytes)
 {
     const std::string_view text = bytes.substr(0, dateSize);
-    const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
-    if (text.size() == dateSize && std::all_of(text.begin(), text.end(), isDigit))
-        return {digitsAt(text, 0, yearSize), digitsAt(text, monthOffset, partSize),
-                digitsAt(text, dayOffset, partSize)};
+    if (text.size() == dateSize && std::all_of(text.begin(), text.end(), isDigit)) {
+        const int year = twoDigits(text.data()) * 100 + twoDigits(text.data() + partSize);
+        const int month = twoDigits(text.data() + monthOffset);
+        const int day = twoDigits(text.data() + dayOffset);
+        return isDate(year, month, day) ? gregorianDate(year, month, day) : QDate();
+    }
     if (text.find_first_not_of(' ') == std::string_view::npos)
         return {};
     return {partByQt(text, 0, yearSize), partByQt(text, monthOffset, partSize),

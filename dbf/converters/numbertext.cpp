@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 
 namespace dbf
@@ -30,6 +31,17 @@ bool isDigit(char character)
 bool isAsciiSpace(char character)
 {
     return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+/// Reads digits from \a position on into \a number, which wraps for long texts. Returns the end of
+/// what was read.
+const char* readDigits(const char* position, const char* end, quint64& number)
+{
+    quint64 result = number;
+    for (; position != end && isDigit(*position); ++position)
+        result = result * 10 + static_cast<quint64>(*position - '0');
+    number = result;
+    return position;
 }
 
 void appendRightJustified(const char* text, int size, int width, QByteArray& image)
@@ -61,30 +73,20 @@ std::optional<double> readPlainNumber(std::string_view text)
     if (negative)
         ++position;
 
-    quint64 digits = 0; // wraps for long texts, which are then read another way
-    int digitCount = 0;
-    const auto readDigits = [&] {
-        const char* const start = position;
-        for (; position != end && isDigit(*position); ++position) {
-            digits = digits * 10 + static_cast<quint64>(*position - '0');
-            digitCount += digits != 0 || digitCount != 0 ? 1 : 0;
-        }
-        return static_cast<int>(position - start);
-    };
-
-    if (readDigits() == 0)
-        return std::nullopt;
-    int decimals = 0;
-    if (position != end && *position == '.') {
-        ++position;
-        decimals = readDigits();
-        if (decimals == 0)
-            return std::nullopt;
+    quint64 digits = 0;
+    const char* const afterWhole = readDigits(position, end, digits);
+    const std::ptrdiff_t wholeDigits = afterWhole - position;
+    std::ptrdiff_t decimals = 0;
+    const bool hasPoint = afterWhole != end && *afterWhole == '.';
+    position = afterWhole;
+    if (hasPoint) {
+        position = readDigits(afterWhole + 1, end, digits);
+        decimals = position - (afterWhole + 1);
     }
-    if (position != end)
+    if (position != end || wholeDigits == 0 || (hasPoint && decimals == 0))
         return std::nullopt;
 
-    if (digitCount <= maxExactDigits && decimals <= maxExactDigits) {
+    if (wholeDigits + decimals <= maxExactDigits) {
         const double magnitude =
             static_cast<double>(digits) / exactPowersOfTen[static_cast<size_t>(decimals)];
         return negative ? -magnitude : magnitude;

@@ -4,10 +4,11 @@
 #include <dbf/converters/singlebytetable_p.h>
 
 #include <QtCore/QTextCodec>
+#include <QtCore/QtAlgorithms>
+#include <QtCore/QtEndian>
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <memory>
 
 namespace dbf
@@ -40,6 +41,32 @@ const CachedTable* findCached(const QTextCodec* codec)
     while (entry && entry->codec != codec)
         entry = entry->next;
     return entry;
+}
+
+// Fields are padded with runs of spaces, which are left eight at a time.
+constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
+constexpr int bitsPerByte = 8;
+
+const char* withoutTrailingSpaces(const char* begin, const char* end)
+{
+    while (end - begin >= 8) {
+        const quint64 others = qFromLittleEndian<quint64>(end - 8) ^ eightSpaces;
+        if (others != 0)
+            return end - qCountLeadingZeroBits(others) / bitsPerByte;
+        end -= 8;
+    }
+    return end;
+}
+
+const char* withoutLeadingSpaces(const char* begin, const char* end)
+{
+    while (end - begin >= 8) {
+        const quint64 others = qFromLittleEndian<quint64>(begin) ^ eightSpaces;
+        if (others != 0)
+            return begin + qCountTrailingZeroBits(others) / bitsPerByte;
+        begin += 8;
+    }
+    return begin;
 }
 
 } // namespace
@@ -92,12 +119,12 @@ bool SingleByteTable::readDecoding(const QTextCodec& codec)
 // A caller's codec may claim a number and still look at more than one byte at a time.
 bool SingleByteTable::decodesPairsAs(const QTextCodec& codec) const
 {
-    QByteArray pairs;
-    pairs.reserve(2 * byteValues * byteValues);
+    QByteArray pairs(2 * byteValues * byteValues, Qt::Uninitialized);
+    char* pair = pairs.data();
     for (int first = 0; first < byteValues; ++first) {
         for (int second = 0; second < byteValues; ++second) {
-            pairs.append(static_cast<char>(first));
-            pairs.append(static_cast<char>(second));
+            *pair++ = static_cast<char>(first);
+            *pair++ = static_cast<char>(second);
         }
     }
     QString expected(pairs.size(), Qt::Uninitialized);
@@ -130,21 +157,13 @@ void SingleByteTable::readEncoding(const QTextCodec& codec)
 
 std::string_view SingleByteTable::trimmed(std::string_view bytes) const
 {
-    const auto isSpace = [this](char byte) { return m_isSpace[static_cast<quint8>(byte)]; };
     const char* begin = bytes.data();
     const char* end = begin + bytes.size();
-
-    // Most fields end in a run of spaces: leave it eight at a time.
-    constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
     if (m_isSpace[' ']) {
-        while (end - begin >= 8) {
-            quint64 last = 0;
-            std::memcpy(&last, end - 8, 8);
-            if (last != eightSpaces)
-                break;
-            end -= 8;
-        }
+        end = withoutTrailingSpaces(begin, end);
+        begin = withoutLeadingSpaces(begin, end);
     }
+    const auto isSpace = [this](char byte) { return m_isSpace[static_cast<quint8>(byte)]; };
     while (begin < end && isSpace(end[-1]))
         --end;
     while (begin < end && isSpace(*begin))
@@ -154,8 +173,17 @@ std::string_view SingleByteTable::trimmed(std::string_view bytes) const
 
 void SingleByteTable::decode(std::string_view bytes, QChar* units) const
 {
-    for (const char byte : bytes)
-        *units++ = QChar(m_units[static_cast<quint8>(byte)]);
+    const auto unit = [this](char byte) { return QChar(m_units[static_cast<quint8>(byte)]); };
+    const char* byte = bytes.data();
+    const char* const end = byte + bytes.size();
+    for (; end - byte >= 4; byte += 4, units += 4) {
+        units[0] = unit(byte[0]);
+        units[1] = unit(byte[1]);
+        units[2] = unit(byte[2]);
+        units[3] = unit(byte[3]);
+    }
+    while (byte < end)
+        *units++ = unit(*byte++);
 }
 
 bool SingleByteTable::encode(QStringView text, char* bytes) const

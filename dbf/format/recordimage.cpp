@@ -10,7 +10,7 @@
 #include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable.h>
 
-#include <utility>
+#include <new>
 
 namespace dbf
 {
@@ -45,21 +45,30 @@ std::string_view RecordImageCodec::slice(std::string_view image, int column) con
     return image.substr(offset, field.column->descriptor.length);
 }
 
-QVariant RecordImageCodec::value(std::string_view bytes, int column)
+// An invalid variant owns nothing: values are constructed over it, since assigning to it costs a
+// temporary and the call of its destructor for every field read.
+void RecordImageCodec::read(std::string_view bytes, int column, QVariant& value)
 {
     const Field& field = m_fields[column];
     switch (field.kind) {
-    case FieldKind::Text:
-        return textVariant(m_textCodec.decode(bytes));
+    case FieldKind::Text: {
+        QString text = m_textCodec.decode(bytes);
+        new (&value) QVariant(QString());
+        static_cast<QString*>(value.data())->swap(text);
+        break;
+    }
     case FieldKind::Number:
-        return readNumber(bytes);
+        new (&value) QVariant(readNumber(bytes));
+        break;
     case FieldKind::Date:
-        return readDate(bytes);
+        new (&value) QVariant(readDate(bytes));
+        break;
     case FieldKind::Logical:
-        return readLogical(bytes);
+        new (&value) QVariant(readLogical(bytes));
+        break;
     default:
         m_slice.setRawData(bytes.data(), static_cast<uint>(bytes.size()));
-        return converterOf(*field.column)->toVariant(m_slice, m_schema, field.column->descriptor);
+        value = converterOf(*field.column)->toVariant(m_slice, m_schema, field.column->descriptor);
     }
 }
 
@@ -111,11 +120,11 @@ void RecordImageCodec::appendValue(const QVariant& value, int column, QByteArray
 
 DbfRecord RecordImageCodec::parse(std::string_view image, int index)
 {
-    QVector<QVariant> values(columnCount());
-    DbfRecord record(index, std::move(values));
+    DbfRecord record(index, QVector<QVariant>(columnCount()));
     record.setDeleted(isDeletedImage(image));
+    QVariant* const values = record.values.data();
     for (int column = 0; column < columnCount(); ++column)
-        record.values[column] = value(slice(image, column), column);
+        read(slice(image, column), column, values[column]);
     return record;
 }
 

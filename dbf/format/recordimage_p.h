@@ -41,7 +41,15 @@ public:
     std::string_view slice(std::string_view image, int column) const;
 
     /// Returns what the column's converter reads in \a bytes.
-    QVariant value(std::string_view bytes, int column);
+    QVariant value(std::string_view bytes, int column)
+    {
+        QVariant result;
+        read(bytes, column, result);
+        return result;
+    }
+
+    /// Puts what the column's converter reads in \a bytes into \a value, which must be invalid.
+    void read(std::string_view bytes, int column, QVariant& value);
 
     /// Appends what the column's converter makes of \a value.
     void appendValue(const QVariant& value, int column, QByteArray& image);

@@ -15,6 +15,7 @@
 #include <QtCore/QIODevice>
 #include <QtCore/QVector>
 
+#include <functional>
 #include <memory>
 
 class QTextCodec;
@@ -179,16 +180,17 @@ public:
     /// Writes \a record over the row that its index names, deleted flag included. Returns false
     /// without recording anything or touching the device for a transient record and for an index
     /// of recordCount() or more. Records ReadError when the slot cannot be reached, WriteError when
-    /// the image is shorter than the record length (nothing is written then) or the device does not
-    /// take it whole. The header is not touched.
+    /// the image is shorter than the record length or the device is in append or text mode (nothing
+    /// is written then), or when the device does not take the image whole. The header is not
+    /// touched.
     bool updateRecord(const DbfRecord& record);
 
     /// Writes \a record after the last one (its own index is ignored), then the end marker, then
     /// the new count into the header. Records ReadError when the slot cannot be reached or the
     /// table has more records than an index can number, WriteError when the image is shorter than
-    /// the record length (nothing is written then), or record or end marker are not taken. The
-    /// count, in memory and in the file, then stays as it was. A failed write of the count goes
-    /// unnoticed.
+    /// the record length or the device is in append or text mode (nothing is written then), or when
+    /// record or end marker are not taken. The count, in memory and in the file, then stays as it
+    /// was. A failed write of the count goes unnoticed.
     bool appendRecord(const DbfRecord& record);
 
     /// Appends all of \a records as appendRecord() would one by one, much faster: one seek, the
@@ -218,11 +220,20 @@ public:
     /// copied, too. The copy keeps version, code page byte and record count.
     ///
     /// Returns false and records nothing when the table is not open or has no device, its record
-    /// length is 0, it has more than 2147483647 records, \a device is null or the table's own, or
-    /// anything fails on the way; the target then stays open with what was written so far. Throws
-    /// std::out_of_range at the first record when a source index of the transform is neither -1 nor
-    /// a column of this table, or a target column has no entry in it.
+    /// length is 0, it has more than 2147483647 records, its device is in text mode, \a device is
+    /// null or names the table's own file or buffer (under whatever name or link; a QSaveFile may
+    /// name it, which restructures a file in place), or anything fails on the way; the target then
+    /// stays open with what was written so far. Throws std::out_of_range at the first record when a
+    /// source index of the transform is neither -1 nor a column of this table, or a target column
+    /// has no entry in it.
     bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform);
+
+    /// Does the same and calls \a progress, unless it is empty, after each batch of some 8 MiB, the
+    /// last one included, with the number of records done and of all records; once, with 0 and 0,
+    /// for a table without records. When \a progress returns false, the copy stops there as after a
+    /// failure: false is returned and the target stays open, unfinished.
+    bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
+                          const std::function<bool(int done, int total)>& progress);
 
     /// @}
     /// @name The header

@@ -27,7 +27,7 @@ bool DbfTable::recordingErrors(Operation operation)
 qint64 readUpTo(QIODevice* device, char* data, qint64 length);
 
 /// Returns how many of \a length bytes the device can still hold behind its position: all of them
-/// where it cannot tell.
+/// where it cannot tell, and where they are too few to be worth the question.
 qint64 obtainable(QIODevice* device, qint64 length);
 
 /// Throws ReadError when records have no bytes at all and \a count of them is more than \a device

@@ -62,6 +62,7 @@ bool DbfTable::create(const DbfSchema& schema)
     if (!m_device || !m_device->open(QIODevice::WriteOnly))
         return error(OpenError);
     return recordingErrors([&] {
+        requireExactWrites(device());
         const DbfTableDescriptor descriptor =
             emptyTableDescriptor(codePageByCodec(schema.codec), schema);
         writeTableStart(device(), descriptor, schema);

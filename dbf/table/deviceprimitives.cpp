@@ -17,6 +17,9 @@ namespace dbf
 namespace
 {
 
+// Qt itself reads ahead this much. Below it, asking a file for its size costs more than it saves.
+constexpr qint64 freelyReadSize = 16384; // bytes
+
 // Asked before each call, since Qt prints a warning for what it refuses.
 bool canRead(const QIODevice* device)
 {
@@ -44,7 +47,7 @@ void writeByte(QIODevice* device, char byte)
 
 qint64 obtainable(QIODevice* device, qint64 length)
 {
-    if (device->isSequential())
+    if (length <= freelyReadSize || device->isSequential())
         return length;
     const qint64 size = device->size();
     if (size <= 0)

@@ -3,6 +3,7 @@
 
 #include <dbf/converters/fieldtext_p.h>
 #include <dbf/table/dbftable_p.h>
+#include <dbf/transform/copytarget_p.h>
 #include <dbf/transform/recordtransformer_p.h>
 
 #include <algorithm>
@@ -17,8 +18,10 @@ namespace
 constexpr int maxBatchSize = 8388608; // bytes
 
 /// Rewrites the records of \a source, which are read in batches, one write each.
-void copyRecords(QIODevice* source, const DbfTableDescriptor& sourceDescriptor,
-                 RecordTransformer& transformer, QIODevice* target, int targetRecordLength)
+/// Returns false when \a progress stops it.
+bool copyRecords(QIODevice* source, const DbfTableDescriptor& sourceDescriptor,
+                 RecordTransformer& transformer, QIODevice* target, int targetRecordLength,
+                 const std::function<bool(int, int)>& progress)
 {
     const int recordLength = sourceDescriptor.recordLength;
     const int batchSize = maxBatchSize / recordLength;
@@ -35,27 +38,39 @@ void copyRecords(QIODevice* source, const DbfTableDescriptor& sourceDescriptor,
             DbfTable::writeData(target, image, targetRecordLength);
         }
         start += batch;
+        if (progress && !progress(start, count))
+            return false;
     }
+    return count > 0 || !progress || progress(0, 0);
 }
 
 } // namespace
 
 bool DbfTable::canCopyTo(const QIODevice* target) const
 {
-    return m_opened && m_device && target && target != m_device.get() &&
-           m_descriptor.recordLength > 0 &&
-           m_descriptor.recordCount <= static_cast<quint32>(std::numeric_limits<int>::max());
+    return m_opened && m_device && target && m_descriptor.recordLength > 0 &&
+           m_descriptor.recordCount <= static_cast<quint32>(std::numeric_limits<int>::max()) &&
+           !m_device->isTextModeEnabled() && !wouldOverwrite(target, m_device.get());
 }
 
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
+{
+    return copyAndTransform(device, transform, nullptr);
+}
+
+bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
+                                const std::function<bool(int done, int total)>& progress)
 {
     if (!canCopyTo(device) || !device->open(QIODevice::WriteOnly))
         return false;
     try {
         const DbfTableDescriptor descriptor = transformDescriptor(m_descriptor, transform.schema);
         RecordTransformer transformer(m_schema, transform);
+        requireExactWrites(device);
         writeTableStart(device, descriptor, transform.schema);
-        copyRecords(m_device.get(), m_descriptor, transformer, device, descriptor.recordLength);
+        if (!copyRecords(m_device.get(), m_descriptor, transformer, device, descriptor.recordLength,
+                         progress))
+            return false;
         writeEndMarker(device);
         flushWrites(device);
         closeDevice(device);
