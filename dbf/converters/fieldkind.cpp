@@ -13,31 +13,34 @@
 #include <dbf/converters/dbfstringconverter.h>
 #include <dbf/converters/fieldkind_p.h>
 
+#include <array>
+
 namespace dbf
 {
 
 FieldKind fieldKind(const DbfFieldConverter* converter)
 {
-    if (converter == DbfStringConverter::instance())
-        return FieldKind::Text;
-    if (converter == DbfDoubleConverter::instance())
-        return FieldKind::Number;
-    if (converter == DbfDateConverter::instance())
-        return FieldKind::Date;
-    if (converter == DbfBoolConverter::instance())
-        return FieldKind::Logical;
-    if (!converter || converter == DbfByteArrayConverter::instance())
-        return FieldKind::Bytes;
-    if (converter == DbfIntConverter::instance())
-        return FieldKind::Int;
-    if (converter == DbfSmallIntConverter::instance())
-        return FieldKind::SmallInt;
-    if (converter == DbfLargeIntConverter::instance())
-        return FieldKind::LargeInt;
-    if (converter == DbfBinaryDoubleConverter::instance())
-        return FieldKind::BinaryDouble;
-    if (converter == DbfBinaryFloatConverter::instance())
-        return FieldKind::BinaryFloat;
+    struct KnownConverter {
+        const DbfFieldConverter* converter;
+        FieldKind kind;
+    };
+    static const std::array<KnownConverter, 11> knownConverters{{
+        {DbfStringConverter::instance(), FieldKind::Text},
+        {DbfDoubleConverter::instance(), FieldKind::Number},
+        {DbfDateConverter::instance(), FieldKind::Date},
+        {DbfBoolConverter::instance(), FieldKind::Logical},
+        {DbfByteArrayConverter::instance(), FieldKind::Bytes},
+        {nullptr, FieldKind::Bytes},
+        {DbfIntConverter::instance(), FieldKind::Int},
+        {DbfSmallIntConverter::instance(), FieldKind::SmallInt},
+        {DbfLargeIntConverter::instance(), FieldKind::LargeInt},
+        {DbfBinaryDoubleConverter::instance(), FieldKind::BinaryDouble},
+        {DbfBinaryFloatConverter::instance(), FieldKind::BinaryFloat},
+    }};
+    for (const KnownConverter& known : knownConverters) {
+        if (known.converter == converter)
+            return known.kind;
+    }
     return FieldKind::Foreign;
 }
 

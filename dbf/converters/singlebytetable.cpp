@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <memory>
 
 namespace dbf
@@ -47,24 +48,46 @@ const CachedTable* findCached(const QTextCodec* codec)
 constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
 constexpr int bitsPerByte = 8;
 
-const char* withoutTrailingSpaces(const char* begin, const char* end)
+constexpr std::ptrdiff_t wordSize = 8;
+
+bool hasZeroByte(quint64 word)
 {
-    while (end - begin >= 8) {
-        const quint64 others = qFromLittleEndian<quint64>(end - 8) ^ eightSpaces;
-        if (others != 0)
-            return end - qCountLeadingZeroBits(others) / bitsPerByte;
-        end -= 8;
-    }
-    return end;
+    return ((word - Q_UINT64_C(0x0101010101010101)) & ~word & Q_UINT64_C(0x8080808080808080)) != 0;
+}
+
+struct Padding {
+    bool hasNul;
+    const char* end; // of what is left without the spaces at the end
+};
+
+// Goes over all of the field, which has the same length in every record. Stopping where the text
+// ends would be less to do, and slower: that place cannot be predicted.
+Padding paddingOf(const char* begin, const char* end)
+{
+    Padding padding{false, begin};
+    const auto look = [&padding](const char* position) {
+        const auto word = qFromLittleEndian<quint64>(position);
+        const quint64 others = word ^ eightSpaces;
+        const char* const endOfOthers =
+            position + wordSize - qCountLeadingZeroBits(others) / bitsPerByte;
+        padding.hasNul |= hasZeroByte(word);
+        padding.end = others != 0 ? endOfOthers : padding.end;
+    };
+    const char* position = begin;
+    for (; end - position >= wordSize; position += wordSize)
+        look(position);
+    if (position != end)
+        look(end - wordSize);
+    return padding;
 }
 
 const char* withoutLeadingSpaces(const char* begin, const char* end)
 {
-    while (end - begin >= 8) {
+    while (end - begin >= wordSize) {
         const quint64 others = qFromLittleEndian<quint64>(begin) ^ eightSpaces;
         if (others != 0)
             return begin + qCountTrailingZeroBits(others) / bitsPerByte;
-        begin += 8;
+        begin += wordSize;
     }
     return begin;
 }
@@ -127,9 +150,10 @@ bool SingleByteTable::decodesPairsAs(const QTextCodec& codec) const
             *pair++ = static_cast<char>(second);
         }
     }
-    QString expected(pairs.size(), Qt::Uninitialized);
-    decode({pairs.constData(), static_cast<size_t>(pairs.size())}, expected.data());
-    return codec.toUnicode(pairs.constData(), pairs.size(), nullptr) == expected;
+    std::vector<char16_t> expected(static_cast<size_t>(pairs.size()));
+    decode({pairs.constData(), expected.size()}, expected.data());
+    return codec.toUnicode(pairs.constData(), pairs.size(), nullptr) ==
+           QStringView(expected.data(), pairs.size());
 }
 
 void SingleByteTable::readEncoding(const QTextCodec& codec)
@@ -155,12 +179,15 @@ void SingleByteTable::readEncoding(const QTextCodec& codec)
     }
 }
 
-std::string_view SingleByteTable::trimmed(std::string_view bytes) const
+std::string_view SingleByteTable::content(std::string_view bytes) const
 {
     const char* begin = bytes.data();
     const char* end = begin + bytes.size();
-    if (m_isSpace[' ']) {
-        end = withoutTrailingSpaces(begin, end);
+    if (end - begin < wordSize || !m_isSpace[' ']) {
+        end = begin + std::min(bytes.find('\0'), bytes.size());
+    } else {
+        const Padding padding = paddingOf(begin, end);
+        end = padding.hasNul ? begin + bytes.find('\0') : padding.end;
         begin = withoutLeadingSpaces(begin, end);
     }
     const auto isSpace = [this](char byte) { return m_isSpace[static_cast<quint8>(byte)]; };
@@ -171,9 +198,8 @@ std::string_view SingleByteTable::trimmed(std::string_view bytes) const
     return {begin, static_cast<size_t>(end - begin)};
 }
 
-void SingleByteTable::decode(std::string_view bytes, QChar* units) const
+void SingleByteTable::decode(std::string_view bytes, char16_t* units) const
 {
-    const auto unit = [this](char byte) { return QChar(m_units[static_cast<quint8>(byte)]); };
     const char* byte = bytes.data();
     const char* const end = byte + bytes.size();
     for (; end - byte >= 4; byte += 4, units += 4) {
@@ -182,8 +208,8 @@ void SingleByteTable::decode(std::string_view bytes, QChar* units) const
         units[2] = unit(byte[2]);
         units[3] = unit(byte[3]);
     }
-    while (byte < end)
-        *units++ = unit(*byte++);
+    for (; byte < end; ++byte, ++units)
+        *units = unit(*byte);
 }
 
 bool SingleByteTable::encode(QStringView text, char* bytes) const

@@ -24,11 +24,12 @@ public:
     /// any thread, without a lock.
     static const SingleByteTable* of(QTextCodec* codec);
 
-    /// Returns \a bytes without the white space at both ends, by the characters they stand for.
-    std::string_view trimmed(std::string_view bytes) const;
+    /// Returns what stands in \a bytes before the first 0x00, without the white space at both ends,
+    /// by the characters they stand for.
+    std::string_view content(std::string_view bytes) const;
 
     /// Decodes \a bytes into as many units at \a units.
-    void decode(std::string_view bytes, QChar* units) const;
+    void decode(std::string_view bytes, char16_t* units) const;
 
     /// Encodes \a text into as many bytes at \a bytes. Returns false, with \a bytes in any state,
     /// when a unit has no exact byte: only the codec knows what then happens.
@@ -41,12 +42,14 @@ private:
     using Page = std::array<quint16, 256>;
 
     SingleByteTable() = default;
+    char16_t unit(char byte) const { return m_units[static_cast<quint8>(byte)]; }
+
     static const SingleByteTable* derivedFrom(const QTextCodec& codec);
     bool readDecoding(const QTextCodec& codec);
     bool decodesPairsAs(const QTextCodec& codec) const;
     void readEncoding(const QTextCodec& codec);
 
-    std::array<ushort, 256> m_units{};
+    std::array<char16_t, 256> m_units{};
     std::array<bool, 256> m_isSpace{};
     std::array<quint8, 256> m_pageOfHighByte{}; // 0 for the page without any byte
     std::vector<Page> m_pages;

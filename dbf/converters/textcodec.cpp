@@ -9,19 +9,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace dbf
 {
-
-namespace
-{
-
-std::string_view beforeFirstNul(std::string_view bytes)
-{
-    return bytes.substr(0, bytes.find('\0'));
-}
-
-} // namespace
 
 TextCodec::TextCodec(QTextCodec* codec)
     : m_codec(usableCodec(codec)), m_table(SingleByteTable::of(m_codec))
@@ -30,29 +21,34 @@ TextCodec::TextCodec(QTextCodec* codec)
 
 QString TextCodec::decode(std::string_view bytes) const
 {
-    const std::string_view content = beforeFirstNul(bytes);
-    if (!m_table)
+    if (!m_table) {
+        const std::string_view content = bytes.substr(0, bytes.find('\0'));
         return m_codec->toUnicode(content.data(), static_cast<int>(content.size()), nullptr)
             .trimmed();
-    const std::string_view trimmed = m_table->trimmed(content);
-    QString text(static_cast<int>(trimmed.size()), Qt::Uninitialized);
-    m_table->decode(trimmed, text.data());
-    return text;
+    }
+    if (bytes.size() > TextScratch::size) {
+        std::vector<char16_t> units(bytes.size());
+        return decodeByTable(bytes, units.data()).toString();
+    }
+    char16_t units[TextScratch::size];
+    return decodeByTable(bytes, units).toString();
 }
 
-QStringView TextCodec::decode(std::string_view bytes, QString& scratch) const
+QStringView TextCodec::decode(std::string_view bytes, TextScratch& scratch) const
 {
-    if (!m_table) {
-        scratch = decode(bytes);
-        return scratch;
-    }
-    const std::string_view trimmed = m_table->trimmed(beforeFirstNul(bytes));
-    const auto size = static_cast<int>(trimmed.size());
-    if (scratch.size() < size)
-        scratch.resize(size);
-    QChar* const units = scratch.data();
-    m_table->decode(trimmed, units);
-    return {units, size};
+    if (m_table && bytes.size() <= TextScratch::size)
+        return decodeByTable(bytes, scratch.units);
+    scratch.text = decode(bytes);
+    return scratch.text;
+}
+
+// The padding is decoded, too: how much of it there is varies with each record, and a loop of
+// unpredictable length costs more than the padding.
+QStringView TextCodec::decodeByTable(std::string_view bytes, char16_t* units) const
+{
+    const std::string_view content = m_table->content(bytes);
+    m_table->decode(bytes, units);
+    return {units + (content.data() - bytes.data()), static_cast<qsizetype>(content.size())};
 }
 
 QByteArray TextCodec::encode(QStringView text) const

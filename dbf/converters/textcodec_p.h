@@ -17,6 +17,13 @@ namespace dbf
 
 class SingleByteTable;
 
+/// Room for the text of one field.
+struct TextScratch {
+    static constexpr int size = 255; // bytes, the longest field
+    char16_t units[size];
+    QString text;
+};
+
 /// A codec made ready for many fields: single-byte character sets go through tables, everything
 /// else through the codec itself. Whichever way is taken, the result is the codec's own.
 ///
@@ -32,7 +39,7 @@ public:
 
     /// Does the same without allocating a string where possible: the view returned is on
     /// \a scratch and valid until that changes.
-    QStringView decode(std::string_view bytes, QString& scratch) const;
+    QStringView decode(std::string_view bytes, TextScratch& scratch) const;
 
     /// Returns the bytes of \a text.
     QByteArray encode(QStringView text) const;
@@ -46,6 +53,7 @@ public:
     bool isAsciiTransparent() const;
 
 private:
+    QStringView decodeByTable(std::string_view bytes, char16_t* units) const;
     QByteArray encodeByCodec(QStringView text) const;
 
     QTextCodec* m_codec;

@@ -31,18 +31,9 @@ RecordImageCodec::RecordImageCodec(const DbfSchema& schema)
     m_fields.reserve(schema.columns.size());
     int offset = layout::deletionFlagSize;
     for (const DbfColumn& column : schema.columns) {
-        m_fields.append({&column, offset, fieldKind(column.converter)});
+        m_fields.append({&column, offset, column.descriptor.length, fieldKind(column.converter)});
         offset += column.descriptor.length;
     }
-}
-
-std::string_view RecordImageCodec::slice(std::string_view image, int column) const
-{
-    const Field& field = m_fields[column];
-    const auto offset = static_cast<size_t>(field.offset);
-    if (offset >= image.size())
-        return {};
-    return image.substr(offset, field.column->descriptor.length);
 }
 
 // An invalid variant owns nothing: values are constructed over it, since assigning to it costs a

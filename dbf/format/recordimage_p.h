@@ -12,6 +12,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QVarLengthArray>
 
+#include <algorithm>
 #include <string_view>
 
 namespace dbf
@@ -38,7 +39,14 @@ public:
     int columnCount() const { return m_fields.size(); }
 
     /// Returns the bytes of column \a column, which must exist.
-    std::string_view slice(std::string_view image, int column) const;
+    std::string_view slice(std::string_view image, int column) const
+    {
+        const Field& field = m_fields[column];
+        const auto offset = static_cast<size_t>(field.offset);
+        if (offset >= image.size())
+            return {};
+        return {image.data() + offset, std::min<size_t>(field.length, image.size() - offset)};
+    }
 
     /// Returns what the column's converter reads in \a bytes.
     QVariant value(std::string_view bytes, int column)
@@ -69,6 +77,7 @@ private:
     struct Field {
         const DbfColumn* column;
         int offset;
+        unsigned char length;
         FieldKind kind;
     };
 

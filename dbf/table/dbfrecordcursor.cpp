@@ -73,8 +73,8 @@ private:
     RecordImageCodec m_codec;
     QByteArray m_block;
     std::string_view m_image; // of the current record
-    QString m_text;           // scratch of text()
-    qint64 m_blockStart;      // index of the first record in the block
+    TextScratch m_text;
+    qint64 m_blockStart; // index of the first record in the block
     qint64 m_recordsInBlock = 0;
     qint64 m_current = -1; // the current record's place in the block, -1 for none
     qint64 m_remaining;    // records behind the block that are still to be visited

@@ -8,7 +8,6 @@
 #include <dbf/transform/dbfschematransform.h>
 
 #include <QtCore/QByteArray>
-#include <QtCore/QString>
 
 #include <string_view>
 #include <vector>
@@ -57,7 +56,7 @@ private:
     RecordImageCodec m_source;
     RecordImageCodec m_target;
     std::vector<Step> m_steps;
-    QString m_text; // scratch of RecodeText
+    TextScratch m_text;
 };
 
 } // namespace dbf
