@@ -1,0 +1,288 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include "bytes.h"
+
+#include <dbf/dbf.h>
+
+#include <QtCore/QBuffer>
+#include <QtCore/QTextCodec>
+#include <QtTest/QtTest>
+
+using namespace dbf;
+
+namespace
+{
+
+DbfTableDescriptor descriptorOf(int version, int headerLength, int recordLength)
+{
+    return {static_cast<quint16>(headerLength), static_cast<quint8>(version), DbfCodePage(0x65),
+            3000000000u, static_cast<quint16>(recordLength)};
+}
+
+/// A text, a truth value, raw bytes without a converter, and a binary integer.
+DbfSchema recordSchema()
+{
+    DbfSchema schema(
+        {DbfFieldDescriptor::stringField("C", 5), DbfFieldDescriptor::logicalField("L"),
+         DbfFieldDescriptor::stringField("M", 3), DbfFieldDescriptor::stringField("I", 4)},
+        QTextCodec::codecForName("Windows-1251"));
+    schema.columns[2].setConverter(nullptr);
+    schema.columns[3].setConverter(DbfIntConverter::instance());
+    return schema;
+}
+
+} // namespace
+
+class TestFormat : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void headerIsReadAndWritten()
+    {
+        const QByteArray stored =
+            hex("31 7b0a1f feffffff 12f1 34f2 eeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeee c9 eeee");
+        const QByteArray written =
+            hex("31 000000 feffffff 12f1 34f2 0000000000000000000000000000000000 c9 0000");
+        const DbfTableDescriptor descriptor = DbfTable::parseTableDescriptor(stored);
+        QCOMPARE(int{descriptor.version}, 0x31);
+        QCOMPARE(descriptor.recordCount, 4294967294u);
+        QCOMPARE(int{descriptor.headerLength}, 0xF112);
+        QCOMPARE(int{descriptor.recordLength}, 0xF234);
+        QCOMPARE(descriptor.codePage, DbfCodePage::Windows1251);
+        QCOMPARE(DbfTable::serializeTableDescriptor(descriptor), written);
+        const ExactBytes cut(stored.left(31));
+        QCOMPARE(thrownBy([&] { DbfTable::parseTableDescriptor(cut.view()); }),
+                 DbfTable::ReadError);
+    }
+
+    void onlyKnownVersionsAreRead()
+    {
+        for (int version = 0; version < 256; ++version) {
+            const auto letter = static_cast<char>(version);
+            const bool backLink = hex("30 31").contains(letter);
+            const bool known = backLink || hex("02 03 04 05 06 07").contains(letter);
+            const QByteArray header = letter + QByteArray(31, '\0');
+            QCOMPARE(DbfTable::supportVersion(letter), known);
+            QCOMPARE(thrownBy([&] { DbfTable::parseTableDescriptor(header); }),
+                     known ? DbfTable::NoError : DbfTable::UnsupportedVersionError);
+            QCOMPARE(DbfTable::hasDbc(descriptorOf(version, 0, 0)), backLink);
+        }
+    }
+
+    void headerLengthGivesTheFieldCount()
+    {
+        const auto lengthAndCount = [](int version, int headerLength) {
+            const DbfTableDescriptor descriptor = descriptorOf(version, headerLength, 1);
+            const int length = DbfTable::schemaLength(descriptor);
+            const ExactBytes block(QByteArray(qMax(0, length / 32 * 32), 'x'));
+            const auto fields = DbfTable::parseFieldDescriptors(block.view(), descriptor, nullptr);
+            return qMakePair(length, fields.size());
+        };
+        QCOMPARE(lengthAndCount(0x03, 129), qMakePair(96, 3));
+        QCOMPARE(lengthAndCount(0x30, 392), qMakePair(96, 3));
+        QCOMPARE(lengthAndCount(0x03, 103), qMakePair(70, 2));
+        QCOMPARE(lengthAndCount(0x07, 33), qMakePair(0, 0));
+        QCOMPARE(lengthAndCount(0x31, 296), qMakePair(0, 0));
+        QCOMPARE(lengthAndCount(0x03, 65535), qMakePair(65502, 2046));
+        QCOMPARE(lengthAndCount(0x03, 0), qMakePair(-33, 0));
+        QCOMPARE(lengthAndCount(0x31, 33), qMakePair(-263, 0));
+    }
+
+    void impossibleFieldBlocksAreRefused()
+    {
+        const ExactBytes block(QByteArray(95, 'x'));
+        const auto parse = [&] {
+            DbfTable::parseFieldDescriptors(block.view(), descriptorOf(0x03, 129, 1), nullptr);
+        };
+        QCOMPARE(thrownBy(parse), DbfTable::ReadError);
+        QBuffer device;
+        device.setData(QByteArray(100, 'x'));
+        QVERIFY(device.open(QIODevice::ReadOnly));
+        for (const auto& descriptor : {descriptorOf(0x03, 32, 1), descriptorOf(0x31, 295, 1)}) {
+            QCOMPARE(thrownBy([&] { DbfTable::readSchemaData(&device, descriptor); }),
+                     DbfTable::ReadError);
+            QCOMPARE(device.pos(), Q_INT64_C(0));
+        }
+    }
+
+    void newHeadersFitTheSchema()
+    {
+        const auto header = [](int version, int columnCount, unsigned char fieldLength) {
+            const auto field = DbfFieldDescriptor::stringField("C", fieldLength);
+            const DbfSchema schema(QVector<DbfFieldDescriptor>(columnCount, field), nullptr);
+            DbfTableDescriptor made;
+            const auto code = thrownBy([&] {
+                made = version == 0
+                           ? DbfTable::emptyTableDescriptor(DbfCodePage::IBM866, schema)
+                           : DbfTable::transformDescriptor(descriptorOf(version, 9, 9), schema);
+            });
+            return code == DbfTable::HeaderTooLongError
+                       ? QString("refused")
+                       : QString::asprintf("%02x: %u, %02x, %d + %d", made.version,
+                                           made.recordCount, static_cast<unsigned>(made.codePage),
+                                           made.headerLength, made.recordLength);
+        };
+        QCOMPARE(header(0, 3, 20), QString("03: 0, 66, 129 + 61"));
+        QCOMPARE(header(0, 1057, 62), QString("03: 0, 66, 33857 + 65535"));
+        QCOMPARE(header(0, 257, 255), QString("refused"));
+        QCOMPARE(header(0, 2047, 1), QString("refused"));
+        QCOMPARE(header(5, 0, 0), QString("05: 3000000000, 65, 33 + 1"));
+        QCOMPARE(header(5, 2046, 1), QString("05: 3000000000, 65, 65505 + 2047"));
+        QCOMPARE(header(5, 257, 255), QString("refused"));
+        QCOMPARE(header(5, 2047, 1), QString("refused"));
+        QCOMPARE(header(0x30, 3, 20), QString("30: 3000000000, 65, 392 + 61"));
+        QCOMPARE(header(0x31, 2038, 1), QString("31: 3000000000, 65, 65512 + 2039"));
+        QCOMPARE(header(0x31, 2039, 1), QString("refused"));
+    }
+
+    void recordOffsetsPassFourGigabytes()
+    {
+        QCOMPARE(DbfTable::recordOffset(100000, descriptorOf(3, 65505, 30000)),
+                 Q_INT64_C(3000065505));
+        QCOMPARE(DbfTable::recordOffset(2147483647, descriptorOf(3, 65535, 65535)),
+                 Q_INT64_C(140735340871680));
+    }
+
+    void fieldDescriptorsAreReadAndWritten_data()
+    {
+        QTest::addColumn<QByteArray>("codec");
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("written");
+
+        const auto row = [](const char* title, const char* codec, const char* stored,
+                            const char* name, const char* written) {
+            QTest::newRow(title) << QByteArray(codec) << hex(stored) << name << hex(written);
+        };
+        const char* const cyrillic = "c0c1c2c3c4c5c6c7c8c9 00";
+        row("plain", "Windows-1251", "414d4f554e540000000000", "AMOUNT", "414d4f554e540000000000");
+        row("blank-filled", "KOI8-R", "4142202020202020202000", "AB", "4142000000000000000000");
+        row("after the zero", "KOI8-R", "4100424242424242424242", "A", "4100000000000000000000");
+        row("11 bytes", "KOI8-R", "412042434445464748494a", "A BCDEFGHIJ",
+            "4120424344454647484900");
+        row("empty", "KOI8-R", "0000000000000000000000", "", "0000000000000000000000");
+        row("Windows", "Windows-1251", cyrillic, "АБВГДЕЖЗИЙ", cyrillic);
+        row("no codec", "", cyrillic, "АБВГДЕЖЗИЙ", cyrillic);
+        row("cut in a character", "UTF-8", "41d091d092d093d094d095", "AБВГДЕ",
+            "41d091d092d093d094d000");
+    }
+
+    void fieldDescriptorsAreReadAndWritten()
+    {
+        QFETCH(QByteArray, codec);
+        QFETCH(QByteArray, stored);
+        QFETCH(QByteArray, written);
+        QTextCodec* const textCodec = QTextCodec::codecForName(codec);
+        stored += hex("fe eeeeeeee ff fd eeeeeeee eeeeeeee eeeeeeee eeee");
+        written += hex("fe 00000000 ff fd 00000000 00000000 00000000 0000");
+        const DbfFieldDescriptor field = DbfTable::parseFieldDescriptor(stored, textCodec);
+        QTEST(field.name, "name");
+        QCOMPARE(field.type, DbfFieldType(0xFE));
+        QCOMPARE(int{field.length}, 255);
+        QCOMPARE(int{field.decimals}, 253);
+        QCOMPARE(DbfTable::serializeFieldDescriptor(field, textCodec), written);
+
+        const QVector<DbfFieldDescriptor> fields = {{}, field};
+        const DbfSchema schema(fields, textCodec);
+        const QByteArray block = DbfTable::serializeSchema(schema);
+        QCOMPARE(block, QByteArray(11, '\0') + 'C' + QByteArray(20, '\0') + written);
+        QCOMPARE(DbfTable::parseFieldDescriptors(block, descriptorOf(3, 97, 1), textCodec)[1].name,
+                 DbfTable::parseFieldDescriptor(written, textCodec).name);
+    }
+
+    void codePagesNameTheirCodecs()
+    {
+        QTextCodec* const windows = QTextCodec::codecForName("Windows-1251");
+        QTextCodec* const dos = QTextCodec::codecForName("IBM 866");
+        QTextCodec* const koi8 = QTextCodec::codecForName("KOI8-R");
+        QVERIFY(windows && dos && koi8);
+        for (int byte = 0; byte < 256; ++byte)
+            QCOMPARE(DbfTable::codecByCodePage(DbfCodePage(byte)), byte == 0x66 ? dos
+                                                                   : byte == 0xC9 || byte == 0
+                                                                       ? windows
+                                                                       : koi8);
+        QCOMPARE(DbfTable::codePageByCodec(windows), DbfCodePage::Windows1251);
+        QCOMPARE(DbfTable::codePageByCodec(dos), DbfCodePage::IBM866);
+        QCOMPARE(DbfTable::codePageByCodec(koi8), DbfCodePage::NotSet);
+        QCOMPARE(DbfTable::codePageByCodec(nullptr), DbfCodePage::NotSet);
+    }
+
+    void languageIdsHaveTheirCharacterSet()
+    {
+        QMap<int, QByteArray> idsByMib;
+        for (int id = 0; id < 256; ++id)
+            idsByMib[DbfTable::languageIdToMIB(id)] += static_cast<char>(id);
+        idsByMib.remove(0);
+        QStringList shown;
+        for (auto it = idsByMib.cbegin(); it != idsByMib.cend(); ++it)
+            shown += QString::number(it.key()) + ": " + it.value().toHex(' ');
+        QCOMPARE(shown.join(", "),
+                 QString("17: 13 7b, 36: 4e, 38: 79, 77: 96, 113: 4d 7a, "
+                         "2009: 02 0a 0e 10 12 14 16 1a 25 37, 2010: 1f 22 23 40 64 87, "
+                         "2011: 01 09 0b 0d 0f 11 15 18 19 1b, 2026: 4f 78, 2027: 04, "
+                         "2047: 6b 88, 2048: 24, 2049: 67, 2050: 1c 1d 6c, 2052: 08 17 65, "
+                         "2054: 6a 86, 2086: 26 66, 2250: c8, 2251: c9, 2252: 03 57 58 59, "
+                         "2253: cb, 2254: ca, 2259: 50 7c"));
+        for (const int id : {-1, 256 + 0xC9, 2147483647, -2147483647 - 1})
+            QCOMPARE(DbfTable::languageIdToMIB(id), 0);
+    }
+
+    void imagesBecomeRecordsAndImagesAgain_data()
+    {
+        QTest::addColumn<QByteArray>("image");
+        QTest::addColumn<bool>("deleted");
+        QTest::addColumn<QVariantList>("values");
+        QTest::addColumn<QByteArray>("written");
+
+        const auto row = [](const char* image, bool deleted, const QVariantList& values,
+                            const char* written) {
+            QTest::newRow(image) << hex(image) << deleted << values << hex(written);
+        };
+        const QByteArray raw = hex("010002");
+        const QVariant none;
+        row("20 4142202020 54 010002 ffffffff", false, {"AB", true, raw, -1},
+            "20 4142000000 54 010002 ffffffff");
+        row("2a cfe0f0e0ec 3f 010002 00010000", true, {"Парам", false, raw, 256},
+            "2a cfe0f0e0ec 46 010002 00010000");
+        row("00 2020202020 79 010002 01000000 2a", false, {"", true, raw, 1},
+            "20 0000000000 54 010002 01000000");
+        row("2a 4142202020 54 010002 010000", true, {"AB", true, raw, none},
+            "2a 4142000000 54 010002 00000000");
+        row("44 4142202020 54 01", false, {"AB", true, hex("01"), none},
+            "20 4142000000 54 01 00000000");
+        row("2a 41", true, {"A", false, QByteArray(), none}, "2a 4100000000 46 00000000");
+        row("", false, {"", false, QByteArray(), none}, "20 0000000000 46 00000000");
+    }
+
+    void imagesBecomeRecordsAndImagesAgain()
+    {
+        QFETCH(QByteArray, image);
+        QFETCH(QVariantList, values);
+        ExactBytes bytes(image);
+        const DbfRecord record = DbfTable::parseRecord(bytes.view(), 7, recordSchema());
+        QVERIFY(!DbfTable::parseRecord(bytes.view(), -1, DbfSchema()).isDeleted());
+        bytes.overwrite();
+        QCOMPARE(record.index(), 7);
+        QTEST(record.isDeleted(), "deleted");
+        QCOMPARE(record.values.toList(), values);
+        QCOMPARE(record.values.last().isValid(), values.last().isValid());
+        QTEST(DbfTable::serializeRecord(record, DbfTableDescriptor(), recordSchema()), "written");
+    }
+
+    void missingValuesAreBlankAndOthersGoUnpadded()
+    {
+        const auto image = [](const QVariantList& values) {
+            const DbfRecord record(0, values.toVector());
+            return DbfTable::serializeRecord(record, descriptorOf(3, 161, 14), recordSchema());
+        };
+        QCOMPARE(image({}), hex("20 2020202020 20 202020 00000000"));
+        QCOMPARE(image({"AB", true}), hex("20 4142000000 54 202020 00000000"));
+        QCOMPARE(image({"", 0, "abcd", 1, "x"}), hex("20 0000000000 46 61626364 01000000"));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestFormat)
+
+#include "tst_format.moc"

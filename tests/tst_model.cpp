@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/dbf.h>
+
+#include <QtCore/QTextCodec>
+#include <QtTest/QtTest>
+
+using namespace dbf;
+
+class TestModel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void factoriesFillTheDescriptor()
+    {
+        const auto number = DbfFieldDescriptor::floatField("F", 3);
+        QCOMPARE(number.type, DbfFieldType::Float);
+        QCOMPARE(int{number.length}, 20);
+        QCOMPARE(int{number.decimals}, 3);
+        const auto truth = DbfFieldDescriptor::logicalField("L");
+        QCOMPARE(truth.type, DbfFieldType::Logical);
+        QCOMPARE(int{truth.length}, 1);
+    }
+
+    void columnsNeedConversionUnlessOnlyNamesDiffer()
+    {
+        const DbfColumn column(DbfFieldDescriptor::numberField("A", 10, 2));
+        DbfColumn converter = column;
+        converter.setConverter(DbfDoubleConverter::instance());
+        const auto needConvert = [&](char type, unsigned char length, unsigned char decimals) {
+            return column.needConvert(
+                DbfFieldDescriptor("B", DbfFieldType(type), length, decimals));
+        };
+        QVERIFY(!needConvert('N', 10, 2));
+        QVERIFY(needConvert('C', 10, 2));
+        QVERIFY(needConvert('N', 11, 2));
+        QVERIFY(needConvert('N', 10, 3));
+        QVERIFY(column.needConvert(converter));
+    }
+
+    void setColumnsBringsDefaultConvertersBack()
+    {
+        QTextCodec* const codec = QTextCodec::codecForName("IBM 866");
+        const QVector<DbfFieldDescriptor> fields = {DbfFieldDescriptor::numberField("A", 4, 0),
+                                                    {"B", DbfFieldType('I'), 4, 0}};
+        DbfSchema schema(fields, codec);
+        schema.columns[0].setConverter(DbfIntConverter::instance());
+        schema.setColumns(fields);
+        QCOMPARE(schema.columns.size(), 2);
+        QCOMPARE(schema.columns[0].converter, DbfStringConverter::instance());
+        QCOMPARE(schema.columns[1].converter, DbfByteArrayConverter::instance());
+        schema.setColumns({});
+        QVERIFY(schema.columns.isEmpty());
+        QCOMPARE(schema.codec, codec);
+    }
+
+    void recordKeepsIndexAndDeletedFlag()
+    {
+        for (const int index : {0, 2147483646, -5, 2147483647}) {
+            const bool transient = index == -5 || index == 2147483647;
+            DbfRecord record(index, {});
+            QVERIFY(!record.isDeleted());
+            for (const bool deleted : {true, true, false, false}) {
+                record.setDeleted(deleted);
+                QCOMPARE(record.isTransient(), transient);
+                QCOMPARE(record.isDeleted(), deleted && !transient);
+                QCOMPARE(record.index(), transient ? -1 : index);
+            }
+        }
+    }
+
+    void sizeCheckReportsWhatDoesNotFit_data()
+    {
+        QTest::addColumn<QVariantList>("values");
+        QTest::addColumn<QString>("overflows");
+
+        QTest::newRow("exact") << QVariantList{"abc", true, "abc"} << "";
+        QTest::newRow("two too long") << QVariantList{"abcd", true, "abc", 7} << " 0:4>3 3:4>2";
+        QTest::newRow("without converter") << QVariantList{"", true, "abcd"} << " 2:4>3";
+        QTest::newRow("cut to fit") << QVariantList{"", true, "", 7, "abcdef", 1} << " 3:4>2";
+        QTest::newRow("no values") << QVariantList{} << "";
+    }
+
+    void sizeCheckReportsWhatDoesNotFit()
+    {
+        QFETCH(QVariantList, values);
+        const DbfRecord record(0, values.toVector());
+        const auto text = DbfFieldDescriptor::stringField("C", 3);
+        DbfSchema schema({{"M", DbfFieldType('M'), 3, 0},
+                          DbfFieldDescriptor::logicalField("L"),
+                          text,
+                          DbfFieldDescriptor::numberField("N", 2, 0),
+                          text},
+                         nullptr);
+        schema.columns[2].setConverter(nullptr);
+        schema.columns[3].setConverter(DbfIntConverter::instance());
+
+        QString overflows;
+        for (const auto& overflow : checkRecordSizeOverflow(record, schema))
+            overflows += QString::asprintf(" %d:%d>%d", overflow.columnIndex, overflow.valueSize,
+                                           overflow.fieldLength);
+        QTEST(overflows, "overflows");
+    }
+};
+
+QTEST_APPLESS_MAIN(TestModel)
+
+#include "tst_model.moc"

@@ -1,0 +1,580 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include "bytes.h"
+#include "recordingdevice.h"
+#include "testtables.h"
+
+#include <QtCore/QBuffer>
+#include <QtCore/QPointer>
+#include <QtCore/QSaveFile>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <functional>
+#include <memory>
+#include <tuple>
+
+using namespace dbf;
+using namespace testtables;
+using Device = RecordingDevice;
+
+/// An operation on the opened sample table, and what it leaves when a device call goes wrong.
+struct Failure {
+    std::function<bool(DbfTable&)> operation; // False when it gave its failure value.
+    Device::Fault fault;
+    DbfTable::DbfTableError code;
+    QByteArray content;
+};
+Q_DECLARE_METATYPE(Failure)
+
+/// What an open table finds when it is opened again, and what comes of it.
+struct FailedOpen {
+    QByteArray content;
+    Device::Fault fault;
+    bool headerTaken;
+    DbfTable::DbfTableError code = DbfTable::ReadError;
+};
+Q_DECLARE_METATYPE(FailedOpen)
+
+namespace
+{
+
+/// A new row for the sample table, and its image.
+DbfRecord newRecord(int index)
+{
+    return {index, {QStringLiteral("\u0415\u0432\u0430"), false, QStringLiteral("2.50")}};
+}
+const auto newImage = QByteArrayLiteral(" \xC5\xE2\xE0\0\0F2.50");
+
+/// Five records of two fields, DOS Cyrillic.
+Table otherTable()
+{
+    const QVector<QByteArray> records(5, " abc20240229");
+    return {{field("X", 'C', 3), field("Y", 'D', 8)}, records, 0x03, 0x66};
+}
+
+DbfSchema schemaOf(int columns, unsigned char length)
+{
+    const auto column = DbfFieldDescriptor::stringField("A", length);
+    return {QVector<DbfFieldDescriptor>(columns, column), codec(2251)};
+}
+
+/// Devices that release functions were called with, and by which of them.
+QVector<QPair<int, QIODevice*>> released;
+
+template <int Id>
+std::unique_ptr<QIODevice, void (*)(QIODevice*)> releasing(QIODevice* device)
+{
+    return {device, [](QIODevice* gone) { released << qMakePair(Id, gone); }};
+}
+
+/// All that a table holds, as far as it shows.
+auto state(const DbfTable& table)
+{
+    return std::make_tuple(table.device(), table.schema().columns.size(), table.schema().codec,
+                           table.recordCount(), table.lastError(), table.isOpen());
+}
+
+} // namespace
+
+class TestTable : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void deviceIsReleasedAsChosen_data()
+    {
+        QTest::addColumn<bool>("ownFunction");
+        QTest::addColumn<int>("destroy"); // -1: not said
+        QTest::newRow("borrowed") << false << -1;
+        QTest::newRow("borrowed, to be deleted") << false << 1;
+        QTest::newRow("own function") << true << -1;
+        QTest::newRow("own function, kept instead") << true << 0;
+    }
+
+    void deviceIsReleasedAsChosen()
+    {
+        QFETCH(bool, ownFunction);
+        QFETCH(int, destroy);
+        released.clear();
+        const QPointer<Device> device(new Device(sample().bytes()));
+        QVERIFY(device->open(QIODevice::ReadOnly));
+        {
+            DbfTable table = ownFunction ? DbfTable(releasing<1>(device)) : DbfTable(device);
+            if (destroy != -1)
+                table.destroyDeviceAtExit(destroy == 1);
+        }
+        QCOMPARE(device.isNull(), destroy == 1);
+        QCOMPARE(released.size(), ownFunction && destroy == -1 ? 1 : 0);
+        if (device)
+            QCOMPARE(device->log(), QStringList("open 1")); // Neither read nor closed.
+        delete device.data();
+    }
+
+    void tablesChangeHandsWhole()
+    {
+        released.clear();
+        Device firstDevice(sample().bytes());
+        Device secondDevice(otherTable().bytes());
+        {
+            DbfTable first(releasing<1>(&firstDevice));
+            DbfTable second(releasing<2>(&secondDevice));
+            QVERIFY(first.open(QIODevice::ReadOnly) && second.open(QIODevice::ReadOnly));
+            second.close();
+            second.error(DbfTable::WriteError);
+            const auto firstState = state(first);
+            const auto secondState = state(second);
+            auto leftBehind = firstState;
+            std::get<QIODevice*>(leftBehind) = nullptr;
+            std::get<1>(leftBehind) = 0;
+
+            DbfTable moved(std::move(first));
+            QVERIFY(state(moved) == firstState && state(first) == leftBehind);
+            moved = std::move(second);
+            QVERIFY(state(moved) == secondState && state(second) == firstState);
+            swap(moved, first);
+            QVERIFY(state(moved) == leftBehind && state(first) == secondState);
+        }
+        const QVector<QPair<int, QIODevice*>> expected{{1, &firstDevice}, {2, &secondDevice}};
+        QCOMPARE(released, expected);
+    }
+
+    void errorsStickAndOnlyOpeningMinds()
+    {
+        OpenTable opened(sample().bytes());
+        DbfTable& table = opened.table;
+        QVERIFY(!table.hasError() && !table.error(DbfTable::HeaderTooLongError));
+        QCOMPARE(table.readRecords(0, 3).size(), 3);
+        QVERIFY(table.appendRecord(newRecord(-1)));
+        QCOMPARE(table.lastError(), DbfTable::HeaderTooLongError);
+        opened.device.clearLog();
+        QVERIFY(!table.open(QIODevice::ReadWrite) && table.isOpen());
+        QVERIFY(!table.reopen() && !table.isOpen());
+        QCOMPARE(opened.device.log(), QStringList("close"));
+        QVERIFY(table.create({}) && !table.open(QIODevice::ReadWrite));
+        QCOMPARE(table.recordCount(), 4);
+    }
+
+    void openReadsFromWhereTheDeviceStands()
+    {
+        Device device("before" + sample().bytes());
+        QVERIFY(device.open(QIODevice::ReadOnly) && device.seek(6));
+        device.clearLog();
+        DbfTable table(&device);
+        QVERIFY(table.open(QIODevice::ReadWrite) && table.isOpen());
+        QCOMPARE(device.log(), QStringList({"read 32", "read 96"}));
+        QCOMPARE(table.recordCount(), 3);
+        QCOMPARE(table.schema().columns.size(), 3);
+        QCOMPARE(table.schema().columns.at(2).descriptor.name, QStringLiteral("AMOUNT"));
+        QVERIFY(device.seek(device.size()) && !table.open(QIODevice::ReadOnly));
+
+        QVERIFY(!OpenTable(sample().bytes().left(80)).table.isOpen());
+        const OpenTable withoutColumns(header(0, 33, 1) + '\x0D');
+        QVERIFY(withoutColumns.table.isOpen() && withoutColumns.table.schema().columns.isEmpty());
+    }
+
+    void failedOpenKeepsWhatItHad_data()
+    {
+        QTest::addColumn<FailedOpen>("row");
+        const auto row = [](const char* name, const FailedOpen& failure) {
+            QTest::newRow(name) << failure;
+        };
+        const QByteArray good = otherTable().bytes();
+        row("refused", {good, {Device::Open, 1}, false, DbfTable::OpenError});
+        row("header short", {good, {Device::Read, 1, Device::Short}, false});
+        row("31 bytes", {good.left(31), {}, false});
+        row("version", {'\x83' + good.mid(1), {}, false, DbfTable::UnsupportedVersionError});
+        row("block fails", {good, {Device::Read, 2}, true});
+        row("end within block", {good.left(95), {}, true});
+        row("header length 32", {header(5, 32, 12, 0x03, 0x66) + good, {}, true});
+        row("header length 295", {header(5, 295, 12, 0x30, 0x66) + good, {}, true});
+    }
+
+    void failedOpenKeepsWhatItHad()
+    {
+        QFETCH(FailedOpen, row);
+        OpenTable opened(sample().bytes(), QIODevice::ReadOnly);
+        DbfTable& table = opened.table;
+        SpyConverter spy;
+        table.setFieldConverter(0, &spy);
+        table.overrideTextCodec(nullptr);
+        opened.device.content = row.content;
+        const bool refused = row.code == DbfTable::OpenError;
+        if (refused)
+            opened.device.close();
+        else
+            QVERIFY(opened.device.seek(0));
+        opened.device.setFault(row.fault);
+
+        QVERIFY(!table.open(QIODevice::ReadOnly));
+        QCOMPARE(table.lastError(), row.code);
+        QCOMPARE(table.recordCount(), row.headerTaken ? 5 : 3);
+        QCOMPARE(table.schema().codec, row.headerTaken ? codec(2086) : nullptr);
+        QCOMPARE(table.schema().columns.size(), 3);
+        QCOMPARE(table.schema().columns.at(0).converter, &spy);
+        QVERIFY(table.isOpen() && opened.device.isOpen() != refused);
+    }
+
+    void reopenKeepsModeAndCodecOnly()
+    {
+        OpenTable opened(sample().bytes());
+        DbfTable& table = opened.table;
+        SpyConverter spy;
+        for (const int column : {-1, 0, 3}) // Only the one that exists takes it.
+            table.setFieldConverter(column, &spy);
+        opened.device.content = otherTable().bytes();
+        QVERIFY(table.reopen());
+        QCOMPARE(opened.device.log(), QStringList({"close", "open 3", "read 32", "read 64"}));
+        QCOMPARE(table.recordCount(), 5);
+        QCOMPARE(table.schema().columns.size(), 2);
+        QVERIFY(table.schema().columns.at(0).converter == DbfStringConverter::instance());
+        QCOMPARE(table.schema().codec, codec(2251));
+        table.overrideTextCodec(nullptr);
+        QVERIFY(table.reopen());
+        QCOMPARE(table.schema().codec, codec(2086));
+
+        opened.device.close(); // Its mode is gone.
+        QVERIFY(!table.reopen() && !table.isOpen());
+        QCOMPARE(table.lastError(), DbfTable::OpenError);
+    }
+
+    void fileIsActualUntilReplaced_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<int>("secondsLater");
+        QTest::addColumn<int>("newCount");
+        QTest::addColumn<bool>("actual");
+        QTest::newRow("longer one in its place") << "replace" << 0 << 4 << false;
+        QTest::newRow("later one in its place") << "replace" << 60 << 3 << false;
+        QTest::newRow("its like in its place") << "replace" << 0 << 3 << true;
+        QTest::newRow("deleted") << "delete" << 0 << 4 << true;
+        QTest::newRow("changed in place") << "rewrite" << 0 << 4 << true;
+    }
+
+    void fileIsActualUntilReplaced()
+    {
+        QFETCH(QString, change);
+        QFETCH(int, secondsLater);
+        QFETCH(int, newCount);
+        QFETCH(bool, actual);
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("table.dbf");
+        writeFile(path, sample().bytes());
+        QFile file(path);
+        DbfTable table(&file);
+        QVERIFY(table.open(QIODevice::ReadOnly) && table.isActual());
+
+        Table changed = sample();
+        changed.version = 0x04;
+        changed.records.resize(newCount);
+        changed.records.last() = changed.records.first();
+        if (change != "rewrite")
+            QVERIFY(QFile::remove(path));
+        if (change != "delete")
+            writeFile(path, changed.bytes());
+        if (change == "replace") {
+            const auto time =
+                file.fileTime(QFileDevice::FileModificationTime).addSecs(secondsLater);
+            QFile newFile(path);
+            QVERIFY(newFile.open(QIODevice::ReadWrite));
+            QVERIFY(newFile.setFileTime(time, QFileDevice::FileModificationTime));
+        }
+
+        QCOMPARE(table.isActual(), actual);
+        QVERIFY(table.actualize() && table.isActual());
+        QCOMPARE(int(table.descriptor().version), actual ? 3 : 4);
+        QCOMPARE(table.recordCount(), actual ? 3 : newCount);
+    }
+
+    void rangesTakeOneSeekAndOneRead()
+    {
+        OpenTable opened(sample().bytes(), QIODevice::ReadOnly);
+        DbfTable& table = opened.table;
+        const auto records = table.readRecords(1, 2);
+        QCOMPARE(records.size(), 2);
+        QCOMPARE(records.at(0).index(), 1);
+        QVERIFY(records.at(0).isDeleted() && !records.at(1).isDeleted());
+        QCOMPARE(records.at(1).values, QVector<QVariant>({"Carl", true, "3"}));
+        QCOMPARE(table.readRecord(2).values, records.at(1).values);
+        QVERIFY(table.isRecordDeleted(1));
+        QCOMPARE(opened.device.log(),
+                 QStringList({"seek 140", "read 22", "seek 151", "read 11", "seek 140", "read 1"}));
+        QVERIFY(!table.isRecordDeleted(2) && !table.isRecordDeleted(3)); // 3: the end marker
+        QVERIFY(table.readRecords(3, 0).isEmpty() && !table.hasError());
+        QCOMPARE(table.blankRecord(5).index(), 5);
+    }
+
+    void updateTouchesItsSlotAlone()
+    {
+        OpenTable opened(sample().bytes());
+        DbfRecord record = newRecord(1);
+        record.setDeleted(true);
+        QVERIFY(opened.table.updateRecord(record));
+        QCOMPARE(opened.device.content, sample().bytes().replace(140, 11, '*' + newImage.mid(1)));
+        record.setDeleted(false);
+        QVERIFY(opened.table.updateRecord(record));
+        QCOMPARE(opened.device.content, sample().bytes().replace(140, 11, newImage));
+        for (const int index : {-1, 3, 4})
+            QVERIFY(!opened.table.updateRecord(newRecord(index)));
+        QVERIFY(!opened.table.hasError());
+        QCOMPARE(opened.device.log(),
+                 QStringList({"seek 140", "write 11", "seek 140", "write 11"}));
+    }
+
+    void appendWritesRecordMarkerCount()
+    {
+        OpenTable opened(sample().bytes());
+        QVERIFY(opened.table.appendRecord(newRecord(1)));
+        QCOMPARE(opened.device.log(),
+                 QStringList({"seek 162", "write 11", "write 1", "seek 4", "write 4"}));
+        Table expected = sample();
+        expected.records << newImage;
+        QCOMPARE(opened.device.content, expected.bytes());
+        QCOMPARE(opened.table.readRecord(3).values, newRecord(1).values);
+    }
+
+    void failuresLeaveWhatIsPromised_data()
+    {
+        QTest::addColumn<Failure>("row");
+        const auto row = [](const char* name, const Failure& failure) {
+            QTest::newRow(name) << failure;
+        };
+        const QByteArray whole = sample().bytes();
+        const QByteArray records = whole.left(162);
+        const QByteArray made = Table{{field("A", 'C', 1)}}.bytes();
+
+        const auto readRow = [&](const char* name, int index, const Device::Fault& fault = {}) {
+            const auto record = [index](DbfTable& table) {
+                const DbfRecord read = table.readRecord(index);
+                return !read.isTransient() || read.values != QVector<QVariant>(3);
+            };
+            const auto range = [index](DbfTable& t) { return !t.readRecords(index, 2).isEmpty(); };
+            const auto flag = [index](DbfTable& t) { return !t.isRecordDeleted(index); };
+            row(name, {record, fault, DbfTable::ReadError, whole});
+            row(name, {range, fault, DbfTable::ReadError, whole});
+            if (index != 3) // There the flag is the end marker.
+                row(name, {flag, fault, DbfTable::ReadError, whole});
+        };
+        readRow("read before the first", -1);
+        readRow("read at the end marker", 3);
+        readRow("read beyond the end", 4);
+        readRow("read, seek", 1, {Device::Seek, 1});
+        readRow("read short", 1, {Device::Read, 1, Device::Short});
+        const auto rangeRow = [&](const char* name, int first, int count) {
+            const auto read = [=](DbfTable& t) { return !t.readRecords(first, count).isEmpty(); };
+            row(name, {read, {}, DbfTable::ReadError, whole});
+        };
+        rangeRow("range beyond the end", 2, 2);
+        rangeRow("empty range before the first", -1, 0);
+        rangeRow("negative range", 0, -1);
+        rangeRow("range wrapping to negative", 0, 195225787);  // Times 11: 2^31 + 9
+        rangeRow("range wrapping to few bytes", 0, 390451573); // Times 11: 2^32 + 7
+
+        const auto update = [](DbfTable& t) { return t.updateRecord(newRecord(2)); };
+        const auto append = [](DbfTable& t) { return t.appendRecord(newRecord(2)); };
+        row("update, seek", {update, {Device::Seek, 1}, DbfTable::ReadError, whole});
+        row("update short", {update,
+                             {Device::Write, 1, Device::Short},
+                             DbfTable::WriteError,
+                             whole.left(151) + newImage.left(10) + whole.right(2)});
+        row("append, seek", {append, {Device::Seek, 1}, DbfTable::ReadError, whole});
+        row("append short", {append,
+                             {Device::Write, 1, Device::Short},
+                             DbfTable::WriteError,
+                             records + newImage.left(10)});
+        row("append, marker",
+            {append, {Device::Write, 2}, DbfTable::WriteError, records + newImage});
+        const QByteArray uncounted = records + newImage + '\x1A';
+        row("append, count's seek", {append, {Device::Seek, 2}, DbfTable::NoError, uncounted});
+        row("append, count", {append, {Device::Write, 3}, DbfTable::NoError, uncounted});
+
+        const auto create = [](int columns, unsigned char length) {
+            return [=](DbfTable& table) {
+                table.device()->close();
+                return table.create(schemaOf(columns, length));
+            };
+        };
+        const auto createRow = [&](const char* name, int call, Device::Outcome outcome, int size) {
+            const Device::Fault fault{Device::Write, call, outcome};
+            row(name, {create(1, 1), fault, DbfTable::WriteError, made.left(size)});
+        };
+        const auto again = [](DbfTable& t) { return t.create({}); };
+        row("create on an open device", {again, {}, DbfTable::OpenError, whole});
+        createRow("create, header short", 1, Device::Short, 31);
+        createRow("create, fields short", 2, Device::Short, 63);
+        createRow("create, terminator", 3, Device::Fail, 64);
+        createRow("create, end marker", 4, Device::Fail, 65);
+        row("create, 2047 columns", {create(2047, 1), {}, DbfTable::HeaderTooLongError, {}});
+        row("create, long records", {create(257, 255), {}, DbfTable::HeaderTooLongError, {}});
+    }
+
+    void failuresLeaveWhatIsPromised()
+    {
+        QFETCH(Failure, row);
+        OpenTable opened(sample().bytes());
+        opened.device.setFault(row.fault);
+        QCOMPARE(row.operation(opened.table), row.code == DbfTable::NoError);
+        QCOMPARE(opened.table.lastError(), row.code);
+        QCOMPARE(opened.device.content, row.content);
+        QCOMPARE(opened.table.recordCount(), row.code == DbfTable::NoError ? 4 : 3);
+        QVERIFY(opened.table.isOpen() && opened.device.isOpen());
+    }
+
+    void missingOrReadOnlyDevicesAreReported()
+    {
+        OpenTable opened(sample().bytes(), QIODevice::ReadOnly);
+        QVERIFY(!opened.table.updateRecord(newRecord(0)));
+        QCOMPARE(opened.table.lastError(), DbfTable::WriteError);
+        opened.table.error(DbfTable::NoError);
+        QVERIFY(!opened.table.appendRecord(newRecord(0)));
+        QCOMPARE(opened.table.lastError(), DbfTable::WriteError);
+        QCOMPARE(opened.table.recordCount(), 3);
+        opened.table.error(DbfTable::NoError);
+
+        const DbfTable taken(std::move(opened.table));
+        DbfTable& table = opened.table; // Left with header and count, but no device.
+        QVERIFY(table.isActual() && table.actualize());
+        const auto codeAfter = [&](bool done) {
+            const DbfTable::DbfTableError code = done ? DbfTable::NoError : table.lastError();
+            table.error(DbfTable::NoError);
+            return code;
+        };
+        QCOMPARE(codeAfter(table.reopen()), DbfTable::OpenError);
+        QCOMPARE(codeAfter(table.create({})), DbfTable::OpenError);
+        QCOMPARE(codeAfter(!table.readRecord(0).isTransient()), DbfTable::ReadError);
+        QCOMPARE(codeAfter(!table.isRecordDeleted(0)), DbfTable::ReadError);
+        QCOMPARE(codeAfter(table.appendRecord({})), DbfTable::ReadError);
+        QCOMPARE(thrownBy([] { DbfTable::writeData(nullptr, "x", 1); }), DbfTable::WriteError);
+    }
+
+    void imagesAreCutButNeverFilledUp()
+    {
+        OpenTable opened(sample().bytes());
+        DbfTable& table = opened.table;
+        table.setFieldConverter(0, DbfByteArrayConverter::instance());
+        QVERIFY(table.updateRecord({1, {"abcdefg", false, "2.50"}}));
+        const QByteArray expected = sample().bytes().replace(140, 11, " abcdefgF2.");
+        QCOMPARE(opened.device.content, expected);
+        QVERIFY(!table.updateRecord({1, {"ab", false, "2.50"}}));
+        QVERIFY(!table.appendRecord({1, {"ab", false, "2.50"}}));
+        QCOMPARE(table.lastError(), DbfTable::WriteError);
+        QCOMPARE(table.recordCount(), 3);
+        QCOMPARE(opened.device.content, expected);
+    }
+
+    void countsAndOffsetsGoBeyondInt()
+    {
+        OpenTable opened(header(4294967295U, 33, 65535));
+        QCOMPARE(opened.table.recordCount(), 2147483647);
+        opened.table.readRecord(2147483646);
+        QCOMPARE(opened.device.log().value(0),
+                 QStringLiteral("seek %1").arg(33 + 2147483646LL * 65535));
+
+        const QByteArray content = header(4294967295U, 33, 1) + '\x0D';
+        OpenTable crowded(content);
+        QVERIFY(crowded.table.isRecordDeleted(-1)); // Not the byte before the records.
+        crowded.table.error(DbfTable::NoError);
+        QVERIFY(!crowded.table.appendRecord({}));
+        QCOMPARE(crowded.table.lastError(), DbfTable::ReadError);
+        QCOMPARE(crowded.device.content, content);
+    }
+
+    void primitivesTakeWhatTheyAreGiven()
+    {
+        OpenTable opened(sample().bytes());
+        QIODevice* const device = &opened.device;
+        QCOMPARE(thrownBy([&] { DbfTable::readData(device, -1); }), DbfTable::ReadError);
+        QCOMPARE(thrownBy([&] { DbfTable::writeData(device, "ab", 3); }), DbfTable::WriteError);
+        QCOMPARE(opened.device.log(), QStringList());
+        DbfTable::seekRecord(device, 2, opened.table.descriptor(), 5);
+        DbfTable::writeData(device, "abc", 2);
+        DbfTable::writeSchemaTerminator(device);
+        QCOMPARE(opened.device.content, sample().bytes().replace(156, 3, "ab\x0D"));
+    }
+
+    void createWritesAnEmptyTable()
+    {
+        Device device;
+        DbfTable table(&device);
+        QVERIFY(table.create(schemaOf(1, 10)));
+        QCOMPARE(device.log(),
+                 QStringList({"open 2", "write 32", "write 32", "write 1", "write 1", "close"}));
+        QCOMPARE(device.content, Table{{field("A", 'C', 10)}}.bytes());
+        QVERIFY(state(table) == state(DbfTable(&device)));
+        QVERIFY(table.create({}));
+        QCOMPARE(device.content, header(0, 33, 1, 0x03, 0) + "\x0D\x1A");
+        QVERIFY(table.create(schemaOf(2046, 1)));
+        QCOMPARE(device.content.size(), 65506);
+    }
+
+    void createdTableTakesRecords()
+    {
+        const QTemporaryDir folder;
+        QBuffer buffer;
+        QFile file(folder.filePath("table.dbf"));
+        for (const auto device : std::initializer_list<QIODevice*>{&buffer, &file}) {
+            DbfTable table(device);
+            QVERIFY(table.create({{DbfFieldDescriptor::stringField("NAME", 5),
+                                   DbfFieldDescriptor::logicalField("SURE"),
+                                   DbfFieldDescriptor::numberField("AMOUNT", 4, 1)},
+                                  codec(2251)}));
+            QVERIFY(table.open(QIODevice::ReadWrite));
+            QVERIFY(table.appendRecord(newRecord(7)) && table.appendRecord(newRecord(-1)));
+            QCOMPARE(table.readRecords(0, 2).value(1).values, newRecord(1).values);
+            table.close();
+            QVERIFY(!device->isOpen() && !table.isOpen());
+        }
+        Table expected = sample();
+        expected.records = {newImage, newImage};
+        QCOMPARE(buffer.data(), expected.bytes());
+        QCOMPARE(readFile(file.fileName()), expected.bytes());
+    }
+
+    void saveFileIsLeftToItsCommit()
+    {
+        const QTemporaryDir folder;
+        QSaveFile file(folder.filePath("table.dbf"));
+        DbfTable table(&file);
+        QVERIFY(table.create(schemaOf(1, 10)));
+        table.close();
+        QVERIFY(file.isOpen() && !QFile::exists(file.fileName()));
+        QVERIFY(file.commit());
+        QCOMPARE(readFile(file.fileName()), Table{{field("A", 'C', 10)}}.bytes());
+    }
+
+    void converterSeesItsFieldOnly()
+    {
+        OpenTable opened(sample().bytes());
+        SpyConverter spy;
+        opened.table.setFieldConverter(2, &spy);
+        QCOMPARE(opened.table.readRecord(2).values.at(2), QVariant(QByteArray("   3")));
+        opened.table.overrideTextCodec(codec(2086));
+        QVERIFY(opened.table.updateRecord({0, {"", true, " 4.5"}}));
+        QCOMPARE(spy.calls,
+                 QByteArrayList({"read <   3> AMOUNT 2251", "write < 4.5> AMOUNT 2086"}));
+    }
+
+    void foreignExceptionsPassThrough()
+    {
+        OpenTable opened(sample().bytes());
+        DbfTable& table = opened.table;
+        SpyConverter spy;
+        spy.throwing = true;
+        table.setFieldConverter(1, &spy);
+        QVERIFY_EXCEPTION_THROWN(table.readRecord(0), std::runtime_error);
+        QVERIFY_EXCEPTION_THROWN(table.readRecords(0, 3), std::runtime_error);
+        QVERIFY_EXCEPTION_THROWN(table.updateRecord(newRecord(0)), std::runtime_error);
+        QVERIFY_EXCEPTION_THROWN(table.appendRecord(newRecord(0)), std::runtime_error);
+        opened.device.close();
+        opened.device.setFault({Device::Open, 1, Device::Throw});
+        QVERIFY_EXCEPTION_THROWN(table.open(QIODevice::ReadOnly), std::runtime_error);
+        opened.device.setFault({Device::Write, 2, Device::Throw});
+        QVERIFY_EXCEPTION_THROWN(table.create({}), std::runtime_error);
+        QVERIFY(!table.hasError());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTable)
+
+#include "tst_table.moc"
