@@ -1,0 +1,253 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+/// \file
+/// Opens a table, prints it, writes a copy of it with other columns, and prints that.
+
+#include "sampletable.h"
+#include "tableprinter.h"
+
+#include <dbf/dbf.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QSaveFile>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QTextCodec>
+#include <QtCore/QTextStream>
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace dbf;
+
+namespace
+{
+
+constexpr int exitFailure = 1;
+constexpr int exitUsage = 2;
+
+constexpr int longestField = 255;
+constexpr int widenBy = 10;
+
+const char* const usage =
+    "Usage: quickstart [FILE.dbf [OUT.dbf]]\n"
+    "\n"
+    "Prints FILE.dbf, writes a restructured copy of it to OUT.dbf, and prints the copy.\n"
+    "Without OUT.dbf the copy goes to a temporary folder that is removed at the end; without\n"
+    "FILE.dbf a sample table is made there first.\n";
+
+bool fail(const QString& message)
+{
+    QTextStream stream(stderr);
+    stream.setCodec("UTF-8");
+    stream << "quickstart: " << message << '\n';
+    return false;
+}
+
+/// Reads the text of \a table in the character set that its header names.
+///
+/// By itself the library tells Windows Cyrillic and DOS Cyrillic apart and takes every other code
+/// page for KOI8-R. Qt knows most of the others. Field names are text, too, so the table is read
+/// again; that rebuilds the columns, so converters are installed afterwards.
+bool chooseTextCodec(DbfTable& table)
+{
+    const int mib = DbfTable::languageIdToMIB(static_cast<int>(table.descriptor().codePage));
+    QTextCodec* codec = mib == 0 ? nullptr : QTextCodec::codecForMib(mib);
+    if (codec == nullptr || codec == table.schema().codec)
+        return true;
+    table.overrideTextCodec(codec);
+    return table.reopen();
+}
+
+/// Returns the converter for a binary column, or null to keep the default one of its type.
+DbfFieldConverter* binaryConverter(const DbfFieldDescriptor& field, bool binaryDoubles)
+{
+    const auto letter = static_cast<char>(field.type);
+    if (letter == 'I' && field.length == 4)
+        return DbfIntConverter::instance();
+    if (letter == 'M' && field.length == 4) // The number of a block in a separate memo file.
+        return DbfIntConverter::instance();
+    if (letter == 'Y' && field.length == 8) // Currency, in units of 0.0001.
+        return DbfLargeIntConverter::instance();
+    if (letter == 'B' && field.length == 8 && binaryDoubles)
+        return DbfBinaryDoubleConverter::instance();
+    return nullptr;
+}
+
+/// Makes the binary columns of \a table give numbers instead of raw bytes.
+void installConverters(DbfTable& table)
+{
+    // Only the versions with a back-link area use the letter B for a floating-point number.
+    const bool binaryDoubles = DbfTable::hasDbc(table.descriptor());
+    const QVector<DbfColumn> columns = table.schema().columns;
+    for (int i = 0; i < columns.size(); ++i) {
+        if (auto* converter = binaryConverter(columns.at(i).descriptor, binaryDoubles))
+            table.setFieldConverter(i, converter);
+    }
+}
+
+/// Opens \a table, whose device is \a file, for reading.
+bool openTable(DbfTable& table, const QFile& file)
+{
+    if (!table.open(QIODevice::ReadOnly) || !chooseTextCodec(table)) {
+        const QString reason = table.lastError() == DbfTable::OpenError
+                                   ? file.errorString()
+                                   : errorText(table.lastError());
+        return fail(QStringLiteral("cannot open %1: %2").arg(file.fileName(), reason));
+    }
+    installConverters(table);
+    return true;
+}
+
+/// Opens and prints the table in \a path.
+bool showTable(const QString& path, QTextStream& out)
+{
+    QFile file(path);
+    DbfTable table(&file);
+    if (!openTable(table, file))
+        return false;
+    out << path << '\n';
+    if (!printTable(table, out))
+        return fail(QStringLiteral("cannot read %1: %2").arg(path, errorText(table.lastError())));
+    return true;
+}
+
+/// Returns a field name that no column of \a schema has.
+QString freeName(const DbfSchema& schema)
+{
+    const auto isTaken = [&schema](const QString& name) {
+        return std::any_of(
+            schema.columns.cbegin(), schema.columns.cend(), [&name](const DbfColumn& column) {
+                return column.descriptor.name.compare(name, Qt::CaseInsensitive) == 0;
+            });
+    };
+    QString name = QStringLiteral("REMARK");
+    for (int i = 2; isTaken(name); ++i)
+        name = QStringLiteral("REMARK%1").arg(i);
+    return name;
+}
+
+/// Widens the first text column that has room for more.
+void widenColumn(DbfSchemaTransform& transform, QTextStream& out)
+{
+    for (int i = 0; i < transform.schema.columns.size(); ++i) {
+        DbfFieldDescriptor field = transform.schema.columns.at(i).descriptor;
+        if (field.type != DbfFieldType::Character || field.length == longestField)
+            continue;
+        const int length = qMin(field.length + widenBy, longestField);
+        out << "  widen " << field.name << " from " << field.length << " to " << length << '\n';
+        field.length = static_cast<unsigned char>(length);
+        transform.updateColumn(i, field);
+        return;
+    }
+    out << "  widen nothing: there is no text column with room for more\n";
+}
+
+/// Moves the second column to the front.
+void moveColumn(DbfSchemaTransform& transform, QTextStream& out)
+{
+    if (transform.schema.columns.size() < 2) {
+        out << "  move nothing: there are not two columns\n";
+        return;
+    }
+    out << "  move " << transform.schema.columns.at(1).descriptor.name << " to the front\n";
+    transform.moveColumn(1, 0);
+}
+
+/// Inserts a blank text column after the first one.
+void insertColumn(DbfSchemaTransform& transform, QTextStream& out)
+{
+    const int position = qMin(1, transform.schema.columns.size());
+    const auto field = DbfFieldDescriptor::stringField(freeName(transform.schema), 20);
+    out << "  insert " << field.name << " as column " << position + 1 << '\n';
+    transform.insertNewColumn(position, field);
+}
+
+/// Describes the columns of the copy. The identity of the table's schema carries the converters
+/// that are installed on it, so the binary columns are copied byte for byte.
+DbfSchemaTransform makeTransform(const DbfTable& table, QTextStream& out)
+{
+    auto transform = DbfSchemaTransform::identity(table.schema());
+    widenColumn(transform, out);
+    moveColumn(transform, out);
+    insertColumn(transform, out);
+    return transform;
+}
+
+/// Writes a copy of the table in \a sourcePath with other columns to \a targetPath.
+///
+/// The QSaveFile puts the copy in place in one step when it is whole; after a failure it discards
+/// what was written, and a file that was there before stays as it was.
+bool restructure(const QString& sourcePath, const QString& targetPath, QTextStream& out)
+{
+    QFile file(sourcePath);
+    DbfTable table(&file);
+    if (!openTable(table, file))
+        return false;
+    out << "Restructuring " << sourcePath << '\n';
+    const DbfSchemaTransform transform = makeTransform(table, out);
+    out << '\n';
+
+    QSaveFile target(targetPath);
+    if (!table.copyAndTransform(&target, transform) || !target.commit()) {
+        const QString reason =
+            target.error() != QFileDevice::NoError
+                ? target.errorString()
+                : QStringLiteral("the table is damaged, or the copy would be too wide");
+        return fail(QStringLiteral("cannot write %1: %2").arg(targetPath, reason));
+    }
+    return true;
+}
+
+bool isSameFile(const QString& path, const QString& otherPath)
+{
+    const QString canonicalPath = QFileInfo(path).canonicalFilePath();
+    return !canonicalPath.isEmpty() && canonicalPath == QFileInfo(otherPath).canonicalFilePath();
+}
+
+bool run(QString sourcePath, QString targetPath, QTextStream& out)
+{
+    const QTemporaryDir folder;
+    if (!folder.isValid())
+        return fail(QStringLiteral("no temporary folder: %1").arg(folder.errorString()));
+    if (sourcePath.isEmpty()) {
+        sourcePath = folder.filePath(QStringLiteral("goods.dbf"));
+        QString reason;
+        if (!makeSampleTable(sourcePath, &reason))
+            return fail(QStringLiteral("cannot make %1: %2").arg(sourcePath, reason));
+    }
+    if (targetPath.isEmpty())
+        targetPath = folder.filePath(QStringLiteral("restructured.dbf"));
+    if (isSameFile(sourcePath, targetPath))
+        return fail(QStringLiteral("the copy would replace %1").arg(sourcePath));
+
+    return showTable(sourcePath, out) && restructure(sourcePath, targetPath, out) &&
+           showTable(targetPath, out);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    const bool wantsHelp = arguments == QStringList(QStringLiteral("--help"));
+    if (wantsHelp || arguments.size() > 2 || arguments.contains(QString())) {
+        QTextStream(wantsHelp ? stdout : stderr) << usage;
+        return wantsHelp ? 0 : exitUsage;
+    }
+
+    QTextStream out(stdout);
+    out.setCodec("UTF-8");
+    if (!run(arguments.value(0), arguments.value(1), out))
+        return exitFailure;
+    out.flush();
+    if (out.status() != QTextStream::Ok || std::ferror(stdout) != 0) {
+        fail(QStringLiteral("cannot write to the standard output"));
+        return exitFailure;
+    }
+    return 0;
+}

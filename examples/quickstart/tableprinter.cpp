@@ -1,0 +1,269 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include "tableprinter.h"
+
+#include <dbf/model/dbfcolumn.h>
+
+#include <QtCore/QDate>
+#include <QtCore/QDateTime>
+#include <QtCore/QStringList>
+#include <QtCore/QTextCodec>
+#include <QtCore/QTextStream>
+#include <QtCore/QtEndian>
+
+#include <algorithm>
+
+using namespace dbf;
+
+namespace
+{
+
+constexpr int pageWidth = 100;
+constexpr int widestCell = 24;
+constexpr int columnsShown = 20;
+constexpr int recordsShown = 10;
+constexpr int recordsPerRead = 500;
+
+constexpr int dateTimeSize = 8;
+
+/// A table of text with aligned columns.
+struct TextTable {
+    QStringList titles;
+    QVector<bool> rightAligned;
+    QVector<QStringList> rows;
+};
+
+QString cell(const QString& text)
+{
+    QString line = text;
+    for (QChar& character : line) {
+        if (!character.isPrint())
+            character = QLatin1Char('.');
+    }
+    return line.size() > widestCell ? line.left(widestCell - 3) + QLatin1String("...") : line;
+}
+
+int columnWidth(const TextTable& table, int column)
+{
+    int width = table.titles.at(column).size();
+    for (const QStringList& row : table.rows)
+        width = std::max(width, row.at(column).size());
+    return width;
+}
+
+/// Returns the widths of the columns that fit on the page, one at least if there is any.
+QVector<int> widthsOnPage(const TextTable& table)
+{
+    QVector<int> widths;
+    int used = 0;
+    for (int column = 0; column < table.titles.size(); ++column) {
+        const int width = columnWidth(table, column);
+        used += 2 + width;
+        if (used > pageWidth && !widths.isEmpty())
+            break;
+        widths.append(width);
+    }
+    return widths;
+}
+
+void printRow(const QStringList& row, const TextTable& table, const QVector<int>& widths,
+              QTextStream& out)
+{
+    QString line;
+    for (int column = 0; column < widths.size(); ++column) {
+        const int width = widths.at(column);
+        const QString& text = row.at(column);
+        line += QLatin1String("  ");
+        line +=
+            table.rightAligned.at(column) ? text.rightJustified(width) : text.leftJustified(width);
+    }
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
+    out << line << '\n';
+}
+
+void printTextTable(const TextTable& table, QTextStream& out)
+{
+    const QVector<int> widths = widthsOnPage(table);
+    QStringList rule;
+    for (const int width : widths)
+        rule.append(QString(width, QLatin1Char('-')));
+
+    printRow(table.titles, table, widths, out);
+    printRow(rule, table, widths, out);
+    for (const QStringList& row : table.rows)
+        printRow(row, table, widths, out);
+    if (const int more = table.titles.size() - widths.size())
+        out << "  (columns not shown: " << more << ")\n";
+}
+
+QString hexByte(unsigned char byte)
+{
+    return QStringLiteral("0x%1").arg(byte, 2, 16, QLatin1Char('0'));
+}
+
+/// Returns a count of ten-thousandths as a number with four decimals.
+QString currencyText(qlonglong value)
+{
+    QString digits = QString::number(value);
+    const QString sign = digits.startsWith(QLatin1Char('-')) ? QStringLiteral("-") : QString();
+    digits = digits.mid(sign.size()).rightJustified(5, QLatin1Char('0'));
+    digits.insert(digits.size() - 4, QLatin1Char('.'));
+    return sign + digits;
+}
+
+/// Returns the text of a date and time: a Julian day and the milliseconds of the day, four bytes
+/// each. It is blank when the day is zero or the field is filled with spaces.
+QString dateTimeText(const QByteArray& bytes)
+{
+    const auto day = qFromLittleEndian<qint32>(bytes.constData());
+    const auto milliseconds = qFromLittleEndian<qint32>(bytes.constData() + 4);
+    if (day == 0 || bytes.trimmed().isEmpty())
+        return {};
+    const QDateTime time(QDate::fromJulianDay(day), QTime::fromMSecsSinceStartOfDay(milliseconds));
+    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+/// Returns bytes without a converter of their own as text if they are that, else in hexadecimal.
+QString bytesText(const QByteArray& bytes)
+{
+    const bool isText = std::all_of(bytes.cbegin(), bytes.cend(),
+                                    [](char byte) { return byte >= ' ' && byte <= '~'; });
+    return isText ? QString::fromLatin1(bytes).trimmed()
+                  : QStringLiteral("0x") + QString::fromLatin1(bytes.toHex());
+}
+
+QString valueText(const QVariant& value, const DbfFieldDescriptor& field)
+{
+    const auto letter = static_cast<char>(field.type);
+    switch (static_cast<QMetaType::Type>(value.userType())) {
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+    case QMetaType::QDate:
+        return value.toDate().toString(Qt::ISODate);
+    case QMetaType::Double:
+        return field.type == DbfFieldType::Float
+                   ? QString::number(value.toDouble(), 'f', field.decimals)
+                   : QString::number(value.toDouble(), 'g', 15);
+    case QMetaType::LongLong:
+        return letter == 'Y' ? currencyText(value.toLongLong()) : value.toString();
+    case QMetaType::QByteArray: {
+        const QByteArray bytes = value.toByteArray();
+        return letter == 'T' && bytes.size() == dateTimeSize ? dateTimeText(bytes)
+                                                             : bytesText(bytes);
+    }
+    default:
+        return value.toString();
+    }
+}
+
+bool isNumber(const DbfFieldDescriptor& field)
+{
+    return QByteArrayLiteral("NFIYBM").contains(static_cast<char>(field.type));
+}
+
+void printStructure(const DbfSchema& schema, QTextStream& out)
+{
+    TextTable table{{QStringLiteral("#"), QStringLiteral("name"), QStringLiteral("type"),
+                     QStringLiteral("length"), QStringLiteral("decimals")},
+                    {true, false, false, true, true},
+                    {}};
+    const int shown = std::min(columnsShown, schema.columns.size());
+    for (int i = 0; i < shown; ++i) {
+        const DbfFieldDescriptor& field = schema.columns.at(i).descriptor;
+        const auto letter = QString(QLatin1Char(static_cast<char>(field.type)));
+        table.rows.append({QString::number(i + 1), cell(field.name), cell(letter),
+                           QString::number(field.length), QString::number(field.decimals)});
+    }
+    printTextTable(table, out);
+    if (shown < schema.columns.size())
+        out << "  (columns not shown: " << schema.columns.size() - shown << ")\n";
+}
+
+/// Deleted records are marked with an asterisk.
+void printRecords(const QVector<DbfRecord>& records, const DbfSchema& schema, QTextStream& out)
+{
+    TextTable table{{QStringLiteral(" ")}, {false}, {}};
+    for (const DbfColumn& column : schema.columns) {
+        table.titles.append(cell(column.descriptor.name));
+        table.rightAligned.append(isNumber(column.descriptor));
+    }
+    for (const DbfRecord& record : records) {
+        QStringList row{record.isDeleted() ? QStringLiteral("*") : QStringLiteral(" ")};
+        for (int i = 0; i < schema.columns.size(); ++i)
+            row.append(cell(valueText(record.values.at(i), schema.columns.at(i).descriptor)));
+        table.rows.append(row);
+    }
+    printTextTable(table, out);
+}
+
+/// Counts in ranges: fast, and no more than one range is in memory at a time. Returns -1 when a
+/// record cannot be read.
+int countDeleted(DbfTable& table)
+{
+    int deleted = 0;
+    for (int remaining = table.recordCount(); remaining > 0;) {
+        const int count = std::min(recordsPerRead, remaining);
+        const auto records = table.readRecords(table.recordCount() - remaining, count);
+        if (table.hasError())
+            return -1;
+        deleted += static_cast<int>(
+            std::count_if(records.cbegin(), records.cend(),
+                          [](const DbfRecord& record) { return record.isDeleted(); }));
+        remaining -= count;
+    }
+    return deleted;
+}
+
+void printSummary(const DbfTable& table, int deleted, QTextStream& out)
+{
+    const DbfTableDescriptor& header = table.descriptor();
+    const QTextCodec* codec = table.schema().codec;
+    out << "  version " << hexByte(header.version) << ", code page "
+        << hexByte(static_cast<unsigned char>(header.codePage)) << ", codec "
+        << (codec == nullptr ? QByteArrayLiteral("none") : codec->name()) << '\n'
+        << "  columns: " << table.schema().columns.size() << ", records: " << table.recordCount()
+        << " (marked deleted: " << deleted << "), bytes per record: " << header.recordLength
+        << "\n\n";
+}
+
+} // namespace
+
+QString errorText(DbfTable::DbfTableError code)
+{
+    switch (code) {
+    case DbfTable::NoError:
+        return QStringLiteral("no error");
+    case DbfTable::OpenError:
+        return QStringLiteral("the file does not open");
+    case DbfTable::ReadError:
+        return QStringLiteral("the file is cut short or its header is damaged");
+    case DbfTable::WriteError:
+        return QStringLiteral("the file does not take what is written");
+    case DbfTable::UnsupportedVersionError:
+        return QStringLiteral("it is no table of a version that can be read");
+    case DbfTable::HeaderTooLongError:
+        return QStringLiteral("there are too many columns or they are too wide");
+    }
+    return QStringLiteral("error %1").arg(static_cast<int>(code));
+}
+
+bool printTable(DbfTable& table, QTextStream& out)
+{
+    const int deleted = countDeleted(table);
+    const int shown = std::min(recordsShown, table.recordCount());
+    const QVector<DbfRecord> records =
+        shown > 0 ? table.readRecords(0, shown) : QVector<DbfRecord>();
+    if (table.hasError())
+        return false;
+
+    printSummary(table, deleted, out);
+    printStructure(table.schema(), out);
+    out << '\n';
+    printRecords(records, table.schema(), out);
+    if (shown < table.recordCount())
+        out << "  (records not shown: " << table.recordCount() - shown << ")\n";
+    out << '\n';
+    return true;
+}
