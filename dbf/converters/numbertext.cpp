@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/numbertext_p.h>
+#include <dbf/converters/spaces_p.h>
 
 #include <algorithm>
 #include <array>
@@ -99,11 +100,14 @@ std::optional<double> readPlainNumber(std::string_view text)
 
 std::string_view trimmedAscii(std::string_view bytes)
 {
-    while (!bytes.empty() && isAsciiSpace(bytes.front()))
-        bytes.remove_prefix(1);
-    while (!bytes.empty() && isAsciiSpace(bytes.back()))
-        bytes.remove_suffix(1);
-    return bytes;
+    const char* begin = bytes.data();
+    const char* end = begin + bytes.size();
+    begin = withoutLeadingSpaces(begin, end);
+    while (begin < end && isAsciiSpace(*begin))
+        ++begin;
+    while (begin < end && isAsciiSpace(end[-1]))
+        --end;
+    return {begin, static_cast<size_t>(end - begin)};
 }
 
 double readNumber(std::string_view bytes)

@@ -2,14 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/singlebytetable_p.h>
+#include <dbf/converters/spaces_p.h>
 
 #include <QtCore/QTextCodec>
-#include <QtCore/QtAlgorithms>
-#include <QtCore/QtEndian>
 
 #include <algorithm>
 #include <atomic>
-#include <cstddef>
 #include <memory>
 
 namespace dbf
@@ -44,12 +42,6 @@ const CachedTable* findCached(const QTextCodec* codec)
     return entry;
 }
 
-// Fields are padded with runs of spaces, which are left eight at a time.
-constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
-constexpr int bitsPerByte = 8;
-
-constexpr std::ptrdiff_t wordSize = 8;
-
 bool hasZeroByte(quint64 word)
 {
     return ((word - Q_UINT64_C(0x0101010101010101)) & ~word & Q_UINT64_C(0x8080808080808080)) != 0;
@@ -79,17 +71,6 @@ Padding paddingOf(const char* begin, const char* end)
     if (position != end)
         look(end - wordSize);
     return padding;
-}
-
-const char* withoutLeadingSpaces(const char* begin, const char* end)
-{
-    while (end - begin >= wordSize) {
-        const quint64 others = qFromLittleEndian<quint64>(begin) ^ eightSpaces;
-        if (others != 0)
-            return begin + qCountTrailingZeroBits(others) / bitsPerByte;
-        begin += wordSize;
-    }
-    return begin;
 }
 
 } // namespace

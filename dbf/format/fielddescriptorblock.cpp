@@ -33,10 +33,9 @@ QVector<DbfFieldDescriptor> DbfTable::parseFieldDescriptors(const QByteArray& bl
         throw ReadError;
     QVector<DbfFieldDescriptor> fields;
     fields.reserve(count);
-    for (int i = 0; i < count; ++i) {
-        const char* const record = block.constData() + i * layout::fieldDescriptorSize;
+    const char* record = block.constData();
+    for (int i = 0; i < count; ++i, record += layout::fieldDescriptorSize)
         fields.append(parseFieldDescriptor(record, codec));
-    }
     return fields;
 }
 

@@ -73,7 +73,7 @@ private:
     RecordImageCodec m_codec;
     QByteArray m_block;
     std::string_view m_image; // of the current record
-    TextScratch m_text;
+    TextScratch m_text = {};
     qint64 m_blockStart; // index of the first record in the block
     qint64 m_recordsInBlock = 0;
     qint64 m_current = -1; // the current record's place in the block, -1 for none

@@ -56,7 +56,7 @@ private:
     RecordImageCodec m_source;
     RecordImageCodec m_target;
     std::vector<Step> m_steps;
-    TextScratch m_text;
+    TextScratch m_text = {};
 };
 
 } // namespace dbf

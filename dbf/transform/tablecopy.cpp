@@ -31,10 +31,10 @@ bool copyRecords(QIODevice* source, const DbfTableDescriptor& sourceDescriptor,
         const int batch = std::min(batchSize, count - start);
         const QByteArray images = DbfTable::readRecordsData(
             source, start, static_cast<unsigned>(batch), sourceDescriptor);
-        for (int i = 0; i < batch; ++i) {
+        const char* record = images.constData();
+        for (int i = 0; i < batch; ++i, record += recordLength) {
             image.resize(0);
-            transformer.append(
-                {images.constData() + i * recordLength, static_cast<size_t>(recordLength)}, image);
+            transformer.append({record, static_cast<size_t>(recordLength)}, image);
             DbfTable::writeData(target, image, targetRecordLength);
         }
         start += batch;
