@@ -46,6 +46,37 @@ bool isSameDouble(double a, double b)
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
+/// A caller's codec under the number of a single-byte character set, which it does not have.
+class OddCodec : public QTextCodec
+{
+public:
+    enum Oddity { DoublesLetters, ReadsPairs, WritesPairs };
+    explicit OddCodec(Oddity oddity) : m_oddity(oddity) {}
+
+    QByteArray name() const override { return "X-ODD"; }
+    int mibEnum() const override { return 112; }
+
+protected:
+    QString convertToUnicode(const char* bytes, int size, ConverterState*) const override
+    {
+        QString text = QString::fromLatin1(bytes, size);
+        if (m_oddity == DoublesLetters)
+            text.replace('x', "xx");
+        if (m_oddity == ReadsPairs)
+            text.replace("ae", QChar(0xE6));
+        return text;
+    }
+
+    QByteArray convertFromUnicode(const QChar* units, int size, ConverterState*) const override
+    {
+        const QByteArray bytes = QString(units, size).toLatin1();
+        return m_oddity == WritesPairs ? QByteArray(bytes).replace('\xE6', "ae") : bytes;
+    }
+
+private:
+    Oddity m_oddity;
+};
+
 } // namespace
 
 /// What goes a faster way must come out exactly as Qt's own calls give it.
@@ -56,6 +87,7 @@ class TestExactness : public QObject
 private slots:
     void textIsWhatTheCodecGives_data();
     void textIsWhatTheCodecGives();
+    void oddCodecsAreAskedThemselves();
     void numbersReadAsQtReadsThem();
     void numbersAreWrittenAsQtWritesThem();
     void datesReadAsQtReadsThem();
@@ -86,10 +118,10 @@ void TestExactness::textIsWhatTheCodecGives()
     Random random(1);
     for (int i = 0; i < 3000; ++i) {
         // Every byte alone first, then mixtures with runs of spaces, then texts the codec lacks.
-        QByteArray bytes = i < 256
-                               ? QByteArray(1, static_cast<char>(i))
-                               : randomBytes(random, {}, 40) + QByteArray(below(random, 20), ' ') +
-                                     randomBytes(random, " \t\xA0", 3);
+        QByteArray bytes = i < 256 ? QByteArray(1, static_cast<char>(i))
+                                   : randomBytes(random, {}, i % 50 ? 40 : 400) +
+                                         QByteArray(below(random, 20), ' ') +
+                                         randomBytes(random, " \t\xA0", 3);
         const int size = bytes.contains('\0') ? bytes.indexOf('\0') : bytes.size();
         QString text = codec->toUnicode(bytes.constData(), size, nullptr);
         const QVariant value = converter->toVariant(bytes, schema, {});
@@ -102,6 +134,24 @@ void TestExactness::textIsWhatTheCodecGives()
             text += QChar(static_cast<ushort>(0xD800 + below(random, 0x800)));
         QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
                  codec->fromUnicode(text));
+    }
+}
+
+void TestExactness::oddCodecsAreAskedThemselves()
+{
+    for (const OddCodec::Oddity oddity :
+         {OddCodec::DoublesLetters, OddCodec::ReadsPairs, OddCodec::WritesPairs}) {
+        auto* const codec = new OddCodec(oddity); // Qt owns and deletes codecs
+        const QByteArray bytes = "  x ae \xE6" + QByteArray(300, 'x') + ' ';
+        const QString text = codec->toUnicode(bytes).trimmed();
+        QCOMPARE(DbfStringConverter::instance()->toVariant(bytes, DbfSchema({}, codec), {}),
+                 QVariant(text));
+        QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
+                 codec->fromUnicode(text));
+        const DbfFieldDescriptor field = DbfFieldDescriptor::stringField({}, 9);
+        QCOMPARE(DbfStringConverter::instance()->toByteArray(QString::fromLatin1(" x\xE6 "),
+                                                             DbfSchema({}, codec), field),
+                 codec->fromUnicode(QString::fromLatin1("x\xE6")).leftJustified(9, '\0'));
     }
 }
 

@@ -67,7 +67,10 @@ void TestRecordCursor::showsEachRecordInEveryForm()
     QVERIFY(cursor.bytes(0).empty() && cursor.text(0).isEmpty() && !cursor.value(0).isValid());
     QVERIFY(cursor.record().isTransient() && cursor.record().values == QVector<QVariant>(3));
 
-    QVERIFY(cursor.next() && cursor.next());
+    QVERIFY(cursor.next());
+    DbfRecordCursor moved(std::move(cursor));
+    QVERIFY(moved.next());
+    cursor = std::move(moved);
     QCOMPARE(cursor.index(), 1);
     QVERIFY(cursor.isDeleted());
     QCOMPARE(QByteArray(cursor.bytes(0).data(), int(cursor.bytes(0).size())), QByteArray("Bob  "));

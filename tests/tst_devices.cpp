@@ -1,0 +1,264 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include "testtables.h"
+
+#include <QtCore/QBuffer>
+#include <QtCore/QSaveFile>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <unistd.h>
+
+using namespace dbf;
+using namespace testtables;
+
+namespace
+{
+
+/// A pipe: no positions, no size.
+class Pipe : public QIODevice
+{
+public:
+    QByteArray content;
+
+    bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char* data, qint64 size) override
+    {
+        const QByteArray bytes = content.left(static_cast<int>(size));
+        content.remove(0, bytes.size());
+        std::copy(bytes.begin(), bytes.end(), data);
+        return bytes.size();
+    }
+
+    qint64 writeData(const char* data, qint64 size) override
+    {
+        content.append(data, static_cast<int>(size));
+        return size;
+    }
+};
+
+/// A device that can be positioned, but does not tell its size.
+class SizelessDevice : public RecordingDevice
+{
+public:
+    using RecordingDevice::RecordingDevice;
+    qint64 size() const override { return 0; }
+};
+
+DbfSchemaTransform identityOf(const DbfTable& table)
+{
+    return DbfSchemaTransform::identity(table.schema());
+}
+
+} // namespace
+
+/// Devices that lose data when they are treated like any other, and devices that cannot do it all.
+class TestDevices : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void copyOntoItsOwnSourceIsRefused_data();
+    void copyOntoItsOwnSourceIsRefused();
+    void copyOntoItsOwnBufferIsRefused();
+    void saveFileRestructuresInPlace();
+    void pipeIsATargetButNoTable();
+    void sizelessDeviceIsReadWhole();
+    void misplacingModesAreRefused_data();
+    void misplacingModesAreRefused();
+    void fullDiskIsReported();
+    void progressIsToldAndObeyed();
+    void hostileHeadersCostNothing_data();
+    void hostileHeadersCostNothing();
+
+private:
+    QString path(const char* name) const { return m_folder->filePath(QLatin1String(name)); }
+
+    QScopedPointer<QTemporaryDir> m_folder;
+};
+
+void TestDevices::init()
+{
+    m_folder.reset(new QTemporaryDir);
+    writeFile(path("a.dbf"), sample().bytes());
+}
+
+void TestDevices::copyOntoItsOwnSourceIsRefused_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("works");
+    QTest::newRow("same path") << "a.dbf" << false;
+    QTest::newRow("other spelling") << "./nothing/../a.dbf" << false;
+    QTest::newRow("symbolic link") << "symbolic.dbf" << false;
+    QTest::newRow("hard link") << "hard.dbf" << false;
+    QTest::newRow("another file") << "b.dbf" << true;
+}
+
+void TestDevices::copyOntoItsOwnSourceIsRefused()
+{
+    QFETCH(QString, target);
+    QVERIFY(QDir(m_folder->path()).mkdir("nothing"));
+    QVERIFY(QFile::link("a.dbf", path("symbolic.dbf")));
+    QCOMPARE(::link(QFile::encodeName(path("a.dbf")).constData(),
+                    QFile::encodeName(path("hard.dbf")).constData()),
+             0);
+    writeFile(path("b.dbf"), "old");
+    QFile source(path("a.dbf"));
+    DbfTable table(&source);
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    QFile file(m_folder->path() + '/' + target);
+    QTEST(table.copyAndTransform(&file, identityOf(table)), "works");
+    QVERIFY(!file.isOpen());
+    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
+}
+
+void TestDevices::copyOntoItsOwnBufferIsRefused()
+{
+    QByteArray bytes = sample().bytes();
+    QBuffer source(&bytes);
+    QBuffer target(&bytes);
+    DbfTable table(&source);
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
+    QVERIFY(!target.isOpen());
+    QCOMPARE(bytes, sample().bytes());
+}
+
+void TestDevices::saveFileRestructuresInPlace()
+{
+    for (const bool mayFallBack : {false, true}) {
+        QFile source(path("a.dbf"));
+        DbfTable table(&source);
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        QSaveFile file(path("a.dbf"));
+        file.setDirectWriteFallback(mayFallBack);
+        DbfSchemaTransform transform = identityOf(table);
+        transform.deleteColumn(0);
+        QVERIFY(table.copyAndTransform(&file, transform));
+        QVERIFY(file.commit() && table.actualize());
+        QCOMPARE(table.schema().columns.size(), mayFallBack ? 1 : 2);
+        QCOMPARE(table.readRecords(0, 3).size(), 3);
+    }
+}
+
+void TestDevices::pipeIsATargetButNoTable()
+{
+    OpenTable open(sample().bytes());
+    Pipe pipe;
+    QVERIFY(open.table.copyAndTransform(&pipe, identityOf(open.table)));
+    QCOMPARE(pipe.content, sample().bytes());
+
+    DbfTable table(&pipe);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+    QVERIFY(table.readRecords(0, 1).isEmpty());
+    QCOMPARE(table.lastError(), DbfTable::ReadError);
+    QVERIFY(!table.appendRecord(table.blankRecord(0)));
+    QVERIFY(pipe.content.isEmpty()); // all was read ahead, nothing written
+}
+
+void TestDevices::sizelessDeviceIsReadWhole()
+{
+    Table large{{field("TEXT", 'C', 250)}};
+    large.records.fill(QByteArray(251, ' '), 100);
+    SizelessDevice device(large.bytes());
+    DbfTable table(&device);
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    QCOMPARE(table.readRecords(0, 100).size(), 100);
+}
+
+void TestDevices::misplacingModesAreRefused_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("append") << int(QIODevice::Append);
+    QTest::newRow("text") << int(QIODevice::Text);
+}
+
+void TestDevices::misplacingModesAreRefused()
+{
+    QFETCH(int, mode);
+    QFile file(path("a.dbf"));
+    QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::OpenMode(mode)) && file.seek(0));
+    DbfTable table(&file);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+    const DbfRecord record(0, {"new", true, "1"});
+    QVERIFY(!table.updateRecord(record));
+    QCOMPARE(table.lastError(), DbfTable::WriteError);
+    QVERIFY(!table.appendRecord(record) && !table.appendRecords({record}));
+    QFile target(path("b.dbf"));
+    QCOMPARE(table.copyAndTransform(&target, identityOf(table)), mode != QIODevice::Text);
+    file.close();
+    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
+}
+
+void TestDevices::fullDiskIsReported()
+{
+    OpenTable open(sample().bytes());
+    QFile full("/dev/full");
+    QVERIFY(!open.table.copyAndTransform(&full, identityOf(open.table)));
+    full.close();
+
+    DbfTable created(&full);
+    QVERIFY(!created.create(open.table.schema()));
+    QCOMPARE(created.lastError(), DbfTable::WriteError);
+}
+
+void TestDevices::progressIsToldAndObeyed()
+{
+    Table large{{field("TEXT", 'C', 255)}};
+    large.records.fill(QByteArray(256, ' '), 40000); // 32768 of them make a batch
+    OpenTable open(large.bytes());
+    for (const bool stop : {false, true}) {
+        QVector<QPair<int, int>> calls;
+        RecordingDevice target;
+        const auto note = [&](int done, int total) {
+            calls.append({done, total});
+            return !stop;
+        };
+        QCOMPARE(open.table.copyAndTransform(&target, identityOf(open.table), note), !stop);
+        QCOMPARE(target.isOpen(), stop);
+        QVector<QPair<int, int>> expected{{32768, 40000}, {40000, 40000}};
+        expected.resize(stop ? 1 : 2);
+        QCOMPARE(calls, expected);
+    }
+    OpenTable empty(Table{{field("TEXT", 'C', 255)}}.bytes());
+    RecordingDevice target;
+    int calls = 0;
+    QVERIFY(
+        empty.table.copyAndTransform(&target, identityOf(empty.table),
+                                     [&](int done, int total) { return done + total == calls++; }));
+    QCOMPARE(calls, 1);
+}
+
+void TestDevices::hostileHeadersCostNothing_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("four billion records") << header(0xFFFFFFFF, 33, 65535);
+    QTest::newRow("records without bytes") << header(0x7FFFFFFF, 33, 0);
+    QTest::newRow("many records of a byte") << header(0x7FFFFFFF, 33, 1);
+    QTest::newRow("large header") << header(1, 65535, 10);
+}
+
+void TestDevices::hostileHeadersCostNothing()
+{
+    QFETCH(QByteArray, bytes);
+    RecordingDevice device(bytes);
+    DbfTable table(&device);
+    if (!table.open(QIODevice::ReadOnly)) {
+        QCOMPARE(table.lastError(), DbfTable::ReadError);
+        return;
+    }
+    QVERIFY(table.readRecords(0, table.recordCount()).isEmpty());
+    QCOMPARE(table.lastError(), DbfTable::ReadError);
+    DbfRecordCursor cursor(table);
+    QVERIFY(!cursor.next() && cursor.hasError() && !cursor.next());
+    RecordingDevice target;
+    QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
+}
+
+QTEST_GUILESS_MAIN(TestDevices)
+
+#include "tst_devices.moc"
