@@ -191,6 +191,8 @@ void TestDecimal::rescaleSetsTheExponent()
 
 void TestDecimal::rescaleMayWriteOverItsOperands()
 {
+    QDecNumber zero("NaN");
+    QCOMPARE(decNumberZero(&zero)->toString(), QString("0"));
     QDecContext context(0);
     QDecNumber number("12.345");
     QDecNumber exponent(-1);

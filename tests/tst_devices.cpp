@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "bytes.h"
 #include "testtables.h"
 
 #include <QtCore/QBuffer>
@@ -67,6 +68,7 @@ private slots:
     void copyOntoItsOwnBufferIsRefused();
     void saveFileRestructuresInPlace();
     void pipeIsATargetButNoTable();
+    void deviceThatIsGoneFails();
     void sizelessDeviceIsReadWhole();
     void misplacingModesAreRefused_data();
     void misplacingModesAreRefused();
@@ -158,6 +160,31 @@ void TestDevices::pipeIsATargetButNoTable()
     QCOMPARE(table.lastError(), DbfTable::ReadError);
     QVERIFY(!table.appendRecord(table.blankRecord(0)));
     QVERIFY(pipe.content.isEmpty()); // all was read ahead, nothing written
+}
+
+// A null device, and one that was closed behind the table's back, fail without a word from Qt.
+void TestDevices::deviceThatIsGoneFails()
+{
+    OpenTable open(sample().bytes());
+    open.device.close();
+    DbfTable none(nullptr);
+    for (DbfTable* table : {&open.table, &none}) {
+        const DbfTableDescriptor descriptor = open.table.descriptor();
+        QIODevice* const device = table->device();
+        QCOMPARE(thrownBy([&] { DbfTable::seekRecord(device, 0, descriptor, 0); }),
+                 DbfTable::ReadError);
+        QCOMPARE(thrownBy([&] { DbfTable::readData(device, 1); }), DbfTable::ReadError);
+        QCOMPARE(thrownBy([&] { DbfTable::writeData(device, "x", 1); }), DbfTable::WriteError);
+        QCOMPARE(thrownBy([&] { DbfTable::writeEndMarker(device); }), DbfTable::WriteError);
+        DbfTable::updateRecordCount(device, 1);
+        QVERIFY(table->isRecordDeleted(0) && table->readRecords(0, 0).isEmpty());
+        QVERIFY(!table->appendRecord({}) && !table->appendRecords({{}}));
+        QCOMPARE(table->lastError(), DbfTable::ReadError);
+        RecordingDevice target;
+        QVERIFY(!table->copyAndTransform(&target, identityOf(*table)));
+    }
+    QVERIFY(!open.table.copyAndTransform(nullptr, identityOf(open.table)));
+    QCOMPARE(open.device.content, sample().bytes());
 }
 
 void TestDevices::sizelessDeviceIsReadWhole()

@@ -19,6 +19,7 @@ private slots:
         QCOMPARE(number.type, DbfFieldType::Float);
         QCOMPARE(int{number.length}, 20);
         QCOMPARE(int{number.decimals}, 3);
+        QCOMPARE(QVector<DbfColumn>(1)[0].converter, DbfStringConverter::instance());
         const auto truth = DbfFieldDescriptor::logicalField("L");
         QCOMPARE(truth.type, DbfFieldType::Logical);
         QCOMPARE(int{truth.length}, 1);

@@ -81,6 +81,10 @@ void TestRecordCursor::showsEachRecordInEveryForm()
     QCOMPARE(cursor.value(1), QVariant(false));
     QCOMPARE(cursor.record().values, open.table.readRecord(1).values);
     QVERIFY(cursor.record().isDeleted() && cursor.record().index() == 1);
+    open.table.overrideTextCodec(codec(106));
+    DbfRecordCursor unicode(open.table);
+    QVERIFY(unicode.next() && !unicode.isDeleted());
+    QCOMPARE(unicode.text(2).toString(), QString("1.5"));
     for (int column : {-1, 3})
         QVERIFY(cursor.bytes(column).empty() && cursor.text(column).isEmpty() &&
                 !cursor.value(column).isValid());
@@ -163,12 +167,14 @@ void TestRecordCursor::goesOnBesideOtherOperations()
 
 void TestRecordCursor::followsAReopenedTableOfTheSameLayoutOnly()
 {
-    for (const bool sameLayout : {true, false}) {
+    // A byte of the header length, of the record length, of the first column's name, its type.
+    for (const int place : {0, 8, 10, 32, 43}) {
+        const bool sameLayout = place == 0;
         OpenTable open(numbered(1000).bytes());
         DbfRecordCursor cursor(open.table);
         QVERIFY(cursor.next());
         if (!sameLayout)
-            open.device.content[32] = 'X'; // of the first column's name
+            open.device.content[place] = place < 32 ? char(97 + 32) : 'X';
         QVERIFY(open.table.reopen());
         QCOMPARE(visit(cursor).size(), sameLayout ? 999 : 654);
         QCOMPARE(cursor.hasError(), !sameLayout);

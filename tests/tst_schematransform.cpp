@@ -43,6 +43,52 @@ class TestSchemaTransform : public QObject
     Q_OBJECT
 
 private slots:
+    void editsCopeWithAShortMap()
+    {
+        DbfSchemaTransform transform(sourceSchema(), {2});
+        transform.moveColumn(0, 2);
+        transform.moveColumn(2, 0);
+        transform.deleteColumn(2);
+        transform.insertNewColumn(2, DbfFieldDescriptor());
+        QCOMPARE(transform.sourceIndexes, (QList<int>{2, -1}));
+        QCOMPARE(transform.schema.columns.size(), 3);
+    }
+
+    void ownConvertersAreAskedForEachBlank()
+    {
+        struct Numbering : DbfByteArrayConverter {
+            mutable char next = '1';
+            QByteArray defaultBytes(int length) const override
+            {
+                return QByteArray(length, next++);
+            }
+        } numbering;
+        DbfSchemaTransform transform = DbfSchemaTransform::identity(sourceSchema());
+        transform.insertNewColumn(0, DbfFieldDescriptor::stringField("X", 2));
+        transform.schema.columns[0].setConverter(&numbering);
+        const QByteArray image = " Text y20240229";
+        for (const char* blank : {" 11", " 22"})
+            QCOMPARE(DbfTable::transformRecord(image, sourceSchema(), transform),
+                     blank + image.mid(1));
+    }
+
+    void numbersOutOfWideTextAreConvertedToo()
+    {
+        QTextCodec* const wide = QTextCodec::codecForName("UTF-16LE");
+        const DbfSchema source({DbfFieldDescriptor::stringField("N", 8)}, wide);
+        DbfSchemaTransform transform = DbfSchemaTransform::identity(source);
+        transform.updateColumn(0, DbfFieldDescriptor::floatField("N", 1));
+        // UTF-16 text ends at its first zero byte, after "4" alone.
+        QCOMPARE(DbfTable::transformRecord(" 4\0"
+                                           "2\0 \0 \0",
+                                           source, transform),
+                 ' ' + transformField(QByteArray("4\0"
+                                                 "2\0 \0 \0",
+                                                 8),
+                                      source, source.columns[0], transform.schema,
+                                      transform.schema.columns[0]));
+    }
+
     void editsKeepColumnsAndSourcesParallel()
     {
         const auto added = DbfFieldDescriptor::stringField("X", 3);

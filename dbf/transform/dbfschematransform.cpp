@@ -3,6 +3,7 @@
 
 #include <dbf/transform/dbfschematransform.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace dbf
@@ -39,7 +40,7 @@ void DbfSchemaTransform::insertNewColumn(int position, const DbfFieldDescriptor&
     if (position < 0 || position > schema.columns.size())
         return;
     schema.columns.insert(position, DbfColumn(descriptor));
-    sourceIndexes.insert(position, noSource);
+    sourceIndexes.insert(std::min(position, sourceIndexes.size()), noSource);
 }
 
 void DbfSchemaTransform::updateColumn(int index, const DbfFieldDescriptor& descriptor)
