@@ -7,6 +7,9 @@
 /// \file
 /// Everything that the library offers.
 
+/// \namespace dbf
+/// Reading, writing, creating and restructuring of DBF table files.
+
 #include <dbf/converters/dbfbinarydoubleconverter.h>
 #include <dbf/converters/dbfbinaryfloatconverter.h>
 #include <dbf/converters/dbfboolconverter.h>

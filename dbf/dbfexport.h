@@ -4,6 +4,9 @@
 #ifndef DBF_DBFEXPORT_H
 #define DBF_DBFEXPORT_H
 
+/// \file
+/// What makes a symbol part of the library's interface.
+
 #include <QtCore/qglobal.h>
 
 /// Marks what the library offers to other programs; everything else stays hidden.

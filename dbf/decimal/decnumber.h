@@ -7,9 +7,10 @@
 #include <dbf/decimal/qdeccontext.h>
 #include <dbf/decimal/qdecnumber.h>
 
-// Decimal operations in C shape: the result comes first and is returned. No pointer may be null;
-// the result may be one of the operands. None of them fails but by giving NaN or 0, and none takes
-// longer for a larger exponent.
+/// \file
+/// Decimal operations in C shape: the result comes first and is returned. No pointer may be null;
+/// the result may be one of the operands. None of them fails but by giving NaN or 0, and none takes
+/// longer for a larger exponent.
 
 /// Sets `number` to a positive zero with exponent 0 and returns `number`.
 DBFTABLE_EXPORT QDecNumber* decNumberZero(QDecNumber* number);

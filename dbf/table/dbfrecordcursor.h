@@ -54,7 +54,10 @@ public:
 
     /// Takes over the state of \a other, which may then only be assigned to or destroyed.
     DbfRecordCursor(DbfRecordCursor&& other) noexcept;
+
+    /// Takes over the state of \a other, which may then only be assigned to or destroyed.
     DbfRecordCursor& operator=(DbfRecordCursor&& other) noexcept;
+
     DbfRecordCursor(const DbfRecordCursor&) = delete;
     DbfRecordCursor& operator=(const DbfRecordCursor&) = delete;
 

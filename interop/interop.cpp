@@ -1,0 +1,202 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+/// \file
+/// The library's side of the comparison with other programs: writes tables for them to read, and
+/// prints tables as the library reads them.
+
+#include <dbf/dbf.h>
+
+#include <QtCore/QDate>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QSaveFile>
+#include <QtCore/QTextCodec>
+
+#include <cstdio>
+
+using namespace dbf;
+
+namespace
+{
+
+DbfFieldDescriptor field(const char* name, char type, unsigned char length,
+                         unsigned char decimals = 0)
+{
+    return {QString::fromUtf8(name), DbfFieldType(static_cast<unsigned char>(type)), length,
+            decimals};
+}
+
+/// Makes numbers of the columns that hold numbers: N as decimal text, I, Y and B in binary.
+void installConverters(DbfTable& table)
+{
+    for (int i = 0; i < table.schema().columns.size(); ++i) {
+        const DbfFieldType type = table.schema().columns.at(i).descriptor.type;
+        if (type == DbfFieldType::Numeric)
+            table.setFieldConverter(i, DbfDoubleConverter::instance());
+        else if (type == DbfFieldType('I'))
+            table.setFieldConverter(i, DbfIntConverter::instance());
+        else if (type == DbfFieldType('Y'))
+            table.setFieldConverter(i, DbfLargeIntConverter::instance());
+        else if (type == DbfFieldType('B'))
+            table.setFieldConverter(i, DbfBinaryDoubleConverter::instance());
+    }
+}
+
+struct Sample {
+    DbfSchema schema;
+    QVector<DbfRecord> records;
+    bool numbersAsText = false; ///< Leaves N columns to their default converter.
+};
+
+const QVector<DbfFieldDescriptor> everyTextType{
+    field("TEXT", 'C', 20),        field("WHOLE", 'N', 6), field("PARTS", 'N', 10, 2),
+    field("FLOATING", 'F', 20, 6), field("DAY", 'D', 8),   field("TRUTH", 'L', 1)};
+
+QVector<DbfRecord> recordsOfEveryTextType(const QString& text)
+{
+    return {DbfRecord(-1, {text, 42, 1234.5, 0.000001, QDate(2024, 2, 29), true}),
+            DbfRecord(-1, {" inner  spaces ", -99999, -0.25, -1e12, QDate(1900, 1, 1), false}),
+            DbfRecord(-1, {"", 0, 0, 0, QDate(), false}),
+            DbfRecord(-1, {"12345678901234567890", 999999, 9999999.99, 3.141593,
+                           QDate(9999, 12, 31), true})};
+}
+
+Sample textTypes(int mib)
+{
+    const QString cyrillic =
+        QStringLiteral("\u0427\u0430\u0439 \u0447\u0451\u0440\u043D\u044B\u0439");
+    return {{everyTextType, QTextCodec::codecForMib(mib)}, recordsOfEveryTextType(cyrillic)};
+}
+
+Sample wideTable()
+{
+    QVector<DbfFieldDescriptor> fields;
+    QVector<QVariant> values;
+    for (int i = 0; i < 250; ++i) {
+        const QByteArray name = "COLUMN" + QByteArray::number(i).rightJustified(4, '0');
+        fields << field(name.constData(), 'C', 255);
+        values << QString(i, QLatin1Char('x')) + QString::number(i);
+    }
+    return {{fields, nullptr}, {DbfRecord(-1, values)}};
+}
+
+Sample sample(const QString& name)
+{
+    if (name == QLatin1String("windows-cyrillic"))
+        return textTypes(2251);
+    if (name == QLatin1String("dos-cyrillic"))
+        return textTypes(2086);
+    if (name == QLatin1String("numbers-as-text"))
+        return {{{field("WHOLE", 'N', 6), field("PARTS", 'N', 10, 2)}, nullptr},
+                {DbfRecord(-1, {"42", "1234.5"}), DbfRecord(-1, {"-7", "0.25"}),
+                 DbfRecord(-1, {QVariant(), QVariant()})},
+                true};
+    if (name == QLatin1String("binary"))
+        return {{{field("I", 'I', 4), field("Y", 'Y', 8), field("B", 'B', 8)}, nullptr},
+                {DbfRecord(-1, {-2147483647, 123456789012345LL, -1.5}), DbfRecord(-1, {0, 0, 0}),
+                 DbfRecord(-1, {7, -12345, 1e300})}};
+    if (name == QLatin1String("wide"))
+        return wideTable();
+    return {{everyTextType, nullptr}, {}};
+}
+
+/// Writes the sample, its second record marked deleted when it has more than three.
+bool write(const QString& name, const QString& path)
+{
+    const Sample content = sample(name);
+    QFile file(path);
+    DbfTable table(&file);
+    if (!table.create(content.schema) || !table.open(QIODevice::ReadWrite))
+        return false;
+    if (!content.numbersAsText)
+        installConverters(table);
+    if (!table.appendRecords(content.records) || content.records.size() < 4)
+        return !table.hasError();
+    DbfRecord second = table.readRecord(1);
+    second.setDeleted(true);
+    return table.updateRecord(second);
+}
+
+/// Writes a copy of a table: one column inserted, one widened, one moved.
+bool restructure(const QString& source, const QString& path)
+{
+    QFile file(source);
+    DbfTable table(&file);
+    if (!table.open(QIODevice::ReadOnly))
+        return false;
+    auto transform = DbfSchemaTransform::identity(table.schema());
+    transform.insertNewColumn(1, field("ADDED", 'D', 8));
+    transform.updateColumn(0, field("TEXT", 'C', 30));
+    transform.moveColumn(5, 0);
+    QSaveFile target(path);
+    return table.copyAndTransform(&target, transform) && target.commit();
+}
+
+QJsonValue json(const QVariant& value)
+{
+    if (value.userType() == QMetaType::QDate)
+        return value.toDate().isValid() ? value.toDate().toString(Qt::ISODate) : QJsonValue();
+    if (value.userType() == QMetaType::LongLong) // Currency, exactly.
+        return value.toString();
+    if (value.userType() == QMetaType::QByteArray)
+        return QString::fromLatin1(value.toByteArray().toHex());
+    return QJsonValue::fromVariant(value);
+}
+
+void print(const QJsonArray& line)
+{
+    std::printf("%s\n", QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
+}
+
+/// Prints a line with the columns, [name, type letter] each, then one per record: whether it is
+/// marked deleted, and its values.
+bool dump(const QString& path, QTextCodec* codec)
+{
+    QFile file(path);
+    DbfTable table(&file);
+    table.overrideTextCodec(codec);
+    if (!table.open(QIODevice::ReadOnly))
+        return false;
+    installConverters(table);
+
+    QJsonArray columns;
+    for (const DbfColumn& column : table.schema().columns)
+        columns.append(QJsonArray{column.descriptor.name,
+                                  QString(QLatin1Char(static_cast<char>(column.descriptor.type)))});
+    print(columns);
+    DbfRecordCursor cursor(table);
+    while (cursor.next()) {
+        QJsonArray line{cursor.isDeleted()};
+        for (int i = 0; i < columns.size(); ++i)
+            line.append(json(cursor.value(i)));
+        print(line);
+    }
+    return !cursor.hasError();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const QString command = arguments.value(0);
+    const QString first = arguments.value(1);
+    const QString second = arguments.value(2);
+    bool done = false;
+    if (command == QLatin1String("write"))
+        done = write(first, second);
+    else if (command == QLatin1String("restructure"))
+        done = restructure(first, second);
+    else if (command == QLatin1String("dump"))
+        done =
+            dump(first, second.isEmpty() ? nullptr : QTextCodec::codecForName(second.toLatin1()));
+    if (!done)
+        std::fprintf(stderr,
+                     "Usage: interop write SAMPLE FILE | restructure FILE FILE | "
+                     "dump FILE [CODEC]\nor a table that does not open or is not written\n");
+    return done ? 0 : 1;
+}
