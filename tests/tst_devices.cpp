@@ -9,6 +9,8 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
+#include <csignal>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using namespace dbf;
@@ -73,6 +75,11 @@ private slots:
     void misplacingModesAreRefused_data();
     void misplacingModesAreRefused();
     void fullDiskIsReported();
+    void whatAFullDiskRefusedIsNeverWrittenElsewhere_data();
+    void whatAFullDiskRefusedIsNeverWrittenElsewhere();
+    void ownWritesLeaveTheFileActual();
+    void bufferDoesNotGrowByReading();
+    void converterMayReadAnEmptySliceLikeAnyOther();
     void progressIsToldAndObeyed();
     void hostileHeadersCostNothing_data();
     void hostileHeadersCostNothing();
@@ -231,6 +238,96 @@ void TestDevices::fullDiskIsReported()
     DbfTable created(&full);
     QVERIFY(!created.create(open.table.schema()));
     QCOMPARE(created.lastError(), DbfTable::WriteError);
+}
+
+void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere_data()
+{
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("bulk");
+    QTest::newRow("one record") << 10 << 0;
+    QTest::newRow("one record, many before") << 1000 << 0;
+    QTest::newRow("three at once") << 10 << 3;
+    QTest::newRow("three at once, many before") << 1000 << 3;
+}
+
+void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere()
+{
+    QFETCH(int, rows);
+    QFETCH(int, bulk);
+    Table large{{field("TEXT", 'C', 50)}};
+    large.records.fill(' ' + QByteArray(50, 'x'), rows);
+    const QByteArray bytes = large.bytes();
+    writeFile(path("full.dbf"), bytes);
+    QFile file(path("full.dbf"));
+    DbfTable table(&file);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit unlimited{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    rlimit limit = unlimited;
+    limit.rlim_cur = static_cast<rlim_t>(bytes.size() + 20);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const DbfRecord blank(-1, {QString()});
+    const bool appended =
+        bulk ? table.appendRecords(QVector<DbfRecord>(bulk, blank)) : table.appendRecord(blank);
+    const int readable = table.readRecords(0, rows).size();
+    const bool updated = table.updateRecord(DbfRecord(5, {"updated"}));
+    table.readRecord(0);
+    file.close();
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+
+    QVERIFY(!appended && updated);
+    QCOMPARE(readable, rows);
+    QByteArray expected = bytes;
+    expected.replace(65 + 5 * 51, 51, " updated" + QByteArray(43, '\0'));
+    const int size = bulk ? bytes.size() : bytes.size() - 1; // with the end marker put back, or not
+    QCOMPARE(readFile(path("full.dbf")).left(size), expected.left(size));
+}
+
+void TestDevices::ownWritesLeaveTheFileActual()
+{
+    QFile file(path("a.dbf"));
+    DbfTable table(&file);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+    const DbfRecord record(0, {"new", true, "1"});
+    QTest::qSleep(20);
+    QVERIFY(table.appendRecord(record) && table.appendRecords({record}));
+    QTest::qSleep(20); // what is written later than this would show in the file's time
+    QVERIFY(table.isActual() && table.isActual());
+    QVERIFY(table.updateRecord(record));
+    QVERIFY(table.isActual());
+}
+
+void TestDevices::bufferDoesNotGrowByReading()
+{
+    QByteArray bytes = sample().bytes();
+    bytes[4] = 100;
+    const QByteArray before = bytes;
+    QBuffer buffer(&bytes);
+    DbfTable table(&buffer);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+    QVERIFY(table.readRecord(90).isTransient() && table.isRecordDeleted(90));
+    QVERIFY(!table.appendRecord(table.blankRecord(0)));
+    QCOMPARE(table.lastError(), DbfTable::ReadError);
+    QCOMPARE(bytes, before);
+}
+
+void TestDevices::converterMayReadAnEmptySliceLikeAnyOther()
+{
+    struct Number : DbfByteArrayConverter {
+        QVariant toVariant(const QByteArray& bytes, const DbfSchema&,
+                           const DbfFieldDescriptor&) const override
+        {
+            return bytes.toInt();
+        }
+    } number;
+    DbfSchema schema(
+        {DbfFieldDescriptor::stringField("A", 3), DbfFieldDescriptor::stringField("B", 3)},
+        nullptr);
+    for (DbfColumn& column : schema.columns)
+        column.setConverter(&number);
+    QCOMPARE(DbfTable::parseRecord(" 123", 0, schema).values, (QVector<QVariant>{123, 0}));
 }
 
 void TestDevices::progressIsToldAndObeyed()

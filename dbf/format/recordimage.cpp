@@ -28,9 +28,9 @@ bool isDeletedImage(std::string_view image)
 RecordImageCodec::RecordImageCodec(const DbfSchema& schema)
     : m_schema(schema), m_textCodec(schema.codec)
 {
-    m_fields.reserve(schema.columns.size());
+    m_fields.reserve(m_schema.columns.size());
     int offset = layout::deletionFlagSize;
-    for (const DbfColumn& column : schema.columns) {
+    for (const DbfColumn& column : m_schema.columns) {
         m_fields.append({&column, offset, column.descriptor.length, fieldKind(column.converter)});
         offset += column.descriptor.length;
     }
@@ -58,9 +58,19 @@ void RecordImageCodec::read(std::string_view bytes, int column, QVariant& value)
         new (&value) QVariant(readLogical(bytes));
         break;
     default:
-        m_slice.setRawData(bytes.data(), static_cast<uint>(bytes.size()));
-        value = converterOf(*field.column)->toVariant(m_slice, m_schema, field.column->descriptor);
+        value = converterOf(*field.column)
+                    ->toVariant(viewForConverter(bytes), m_schema, field.column->descriptor);
     }
+}
+
+// A view of nothing would lack the zero byte that Qt expects behind an array it need not copy.
+const QByteArray& RecordImageCodec::viewForConverter(std::string_view bytes)
+{
+    if (bytes.empty())
+        m_slice = QByteArray();
+    else
+        m_slice.setRawData(bytes.data(), static_cast<uint>(bytes.size()));
+    return m_slice;
 }
 
 void RecordImageCodec::appendValue(const QVariant& value, int column, QByteArray& image)

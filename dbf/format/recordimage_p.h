@@ -29,8 +29,7 @@ bool isDeletedImage(std::string_view image);
 /// The layout of one schema's record images, made ready to read and write many of them.
 ///
 /// Slices are views of the image they are cut from; of an image that ends early they come out short
-/// or empty. The schema must outlive the object and stay as it is. Not for use by several threads
-/// at once.
+/// or empty. Not for use by several threads at once.
 class RecordImageCodec
 {
 public:
@@ -81,7 +80,10 @@ private:
         FieldKind kind;
     };
 
-    const DbfSchema& m_schema;
+    const QByteArray& viewForConverter(std::string_view bytes);
+
+    const DbfSchema m_schema; // a copy, since a caller's converter may rebuild the original
+
     TextCodec m_textCodec;
     QVarLengthArray<Field, 32> m_fields;
     QByteArray m_slice; // the view that converters get, reused so that none is allocated per field

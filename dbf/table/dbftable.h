@@ -156,7 +156,8 @@ public:
     /// @{
 
     /// Returns record \a index (0 to recordCount() - 1). Records ReadError and returns a transient
-    /// blank record when the index is out of range or the image cannot be read whole.
+    /// blank record when the index is out of range or the image cannot be read whole, as behind the
+    /// last record, where normally the end marker alone stands.
     DbfRecord readRecord(int index);
 
     /// Returns \a count records from \a first on, read with one seek and one read. All or nothing:
@@ -205,8 +206,9 @@ public:
     /// @{
 
     /// Opens the device write-only and writes an empty table of \a schema onto it, then closes it
-    /// (a QSaveFile stays open for its owner's commit()). The table object itself stays as it was:
-    /// open() the new table to use it.
+    /// (a QSaveFile stays open for its owner's commit()). A file is emptied by that; a QBuffer
+    /// keeps what it held behind the bytes written. The table object itself stays as it was: open()
+    /// the new table to use it.
     ///
     /// Records OpenError without a device or when it does not open, HeaderTooLongError for more
     /// than 2046 columns or records longer than 65535 bytes, WriteError when the device does not
@@ -391,6 +393,9 @@ public:
 private:
     template <typename Operation>
     bool recordingErrors(Operation operation);
+    template <typename Operation>
+    void writingWhole(Operation operation);
+
     void seekSlotForAppending(int count);
     void finishAppending(int count);
     void writeImages(const QVector<DbfRecord>& records, bool& writing);

@@ -32,10 +32,12 @@ bool DbfTable::open(QIODevice::OpenMode mode)
 
 bool DbfTable::reopen()
 {
-    // Opened for writing anew, a device may have been told to start empty; the table in it now must
-    // not be thrown away for that.
+    // Opening a file for writing alone, or as it may have been opened first, would empty it; the
+    // table in it now must not be thrown away for that.
     const QIODevice::OpenMode mode = m_device ? m_device->openMode() : QIODevice::ReadOnly;
     close();
+    if (!hasError() && (mode & QIODevice::ReadWrite) == QIODevice::WriteOnly)
+        return error(ReadError);
     return open(mode & ~(QIODevice::Truncate | QIODevice::NewOnly));
 }
 
@@ -48,8 +50,9 @@ bool DbfTable::isActual() const
     if (name.isEmpty() || !QFile::exists(name))
         return true;
 
+    const qint64 size = file->size(); // hands on what was gathered, so the path shows it, too
     const QFileInfo named(name);
-    if (named.size() != file->size())
+    if (named.size() != size)
         return false;
     return named.fileTime(QFileDevice::FileModificationTime) ==
            file->fileTime(QFileDevice::FileModificationTime);

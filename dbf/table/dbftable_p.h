@@ -43,6 +43,12 @@ void requireExactWrites(const QIODevice* device);
 /// reported. Throws WriteError.
 void flushWrites(QIODevice* device);
 
+/// Rids a QFileDevice of what it has gathered and could not write. It would otherwise write that
+/// later, at whatever position it then stands. Only closing does it, which tries once more at the
+/// right place; the file is opened again unless its path names another one by now. A QSaveFile is
+/// kept from being committed.
+void dropGatheredWrites(QIODevice* device);
+
 /// Closes \a device, unless it is a QSaveFile: that ends the process when it is closed, and waits
 /// for its owner's commit().
 void closeDevice(QIODevice* device);

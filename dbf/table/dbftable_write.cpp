@@ -15,6 +15,19 @@ namespace
 constexpr int appendBlockSize = 65536; // bytes
 } // namespace
 
+// Runs \a operation, which writes to the device and flushes it. When the device fails at that,
+// nothing is left behind for it to write later.
+template <typename Operation>
+void DbfTable::writingWhole(Operation operation)
+{
+    try {
+        operation();
+    } catch (...) {
+        dropGatheredWrites(device());
+        throw;
+    }
+}
+
 bool DbfTable::updateRecord(const DbfRecord& record)
 {
     const int index = record.index();
@@ -23,9 +36,11 @@ bool DbfTable::updateRecord(const DbfRecord& record)
     return recordingErrors([&] {
         requireExactWrites(device());
         seekRecord(device(), index, m_descriptor, 0);
-        writeData(device(), serializeRecord(record, m_descriptor, m_schema),
-                  m_descriptor.recordLength);
-        flushWrites(device());
+        const QByteArray image = serializeRecord(record, m_descriptor, m_schema);
+        writingWhole([&] {
+            writeData(device(), image, m_descriptor.recordLength);
+            flushWrites(device());
+        });
     });
 }
 
@@ -33,9 +48,11 @@ bool DbfTable::appendRecord(const DbfRecord& record)
 {
     return recordingErrors([&] {
         seekSlotForAppending(1);
-        writeData(device(), serializeRecord(record, m_descriptor, m_schema),
-                  m_descriptor.recordLength);
-        finishAppending(1);
+        const QByteArray image = serializeRecord(record, m_descriptor, m_schema);
+        writingWhole([&] {
+            writeData(device(), image, m_descriptor.recordLength);
+            finishAppending(1);
+        });
     });
 }
 
@@ -47,8 +64,10 @@ bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
         seekSlotForAppending(records.size());
         bool overwrittenEndMarker = false;
         try {
-            writeImages(records, overwrittenEndMarker);
-            finishAppending(records.size());
+            writingWhole([&] {
+                writeImages(records, overwrittenEndMarker);
+                finishAppending(records.size());
+            });
         } catch (...) {
             if (overwrittenEndMarker)
                 restoreEndMarker();
@@ -90,6 +109,11 @@ void DbfTable::finishAppending(int count)
     flushWrites(device());
     m_descriptor.recordCount += static_cast<quint32>(count);
     updateRecordCount(device(), m_descriptor.recordCount);
+    try {
+        flushWrites(device());
+    } catch (DbfTableError) {
+        dropGatheredWrites(device()); // A count that is not written goes unnoticed.
+    }
 }
 
 void DbfTable::writeImages(const QVector<DbfRecord>& records, bool& writing)
@@ -119,8 +143,10 @@ void DbfTable::restoreEndMarker()
 {
     try {
         seekRecord(device(), static_cast<int>(m_descriptor.recordCount), m_descriptor, 0);
-        writeEndMarker(device());
-        flushWrites(device());
+        writingWhole([this] {
+            writeEndMarker(device());
+            flushWrites(device());
+        });
     } catch (DbfTableError) {
         // The failure that brought us here is the one to report.
         return;

@@ -3,7 +3,9 @@
 
 #include <dbf/format/layout_p.h>
 #include <dbf/table/dbftable_p.h>
+#include <dbf/table/fileidentity_p.h>
 
+#include <QtCore/QBuffer>
 #include <QtCore/QFileDevice>
 #include <QtCore/QSaveFile>
 #include <QtCore/QtEndian>
@@ -31,10 +33,17 @@ bool canWrite(const QIODevice* device)
     return device && device->isWritable();
 }
 
+// A QBuffer fills up the way to any position that it is sent to.
+bool wouldGrow(const QIODevice* device, qint64 position)
+{
+    const auto* const buffer = qobject_cast<const QBuffer*>(device);
+    return buffer && position > buffer->size();
+}
+
 bool seekTo(QIODevice* device, qint64 position)
 {
     return device && device->isOpen() && !device->isSequential() && position >= 0 &&
-           device->seek(position);
+           !wouldGrow(device, position) && device->seek(position);
 }
 
 void writeByte(QIODevice* device, char byte)
@@ -78,6 +87,24 @@ void flushWrites(QIODevice* device)
     auto* const file = qobject_cast<QFileDevice*>(device);
     if (file && file->isOpen() && !file->flush())
         throw DbfTable::WriteError;
+}
+
+void dropGatheredWrites(QIODevice* device)
+{
+    auto* const file = qobject_cast<QFileDevice*>(device);
+    if (!file || !file->isOpen() || file->error() == QFileDevice::NoError)
+        return;
+    if (auto* const saveFile = qobject_cast<QSaveFile*>(device)) {
+        saveFile->cancelWriting();
+        return;
+    }
+    const QIODevice::OpenMode mode = file->openMode();
+    const std::optional<FileIdentity> identity = identityOf(*file);
+    file->close();
+    if (!(mode & QIODevice::ReadOnly) || file->fileName().isEmpty() ||
+        identityOf(*file) != identity)
+        return;
+    file->open((mode & ~(QIODevice::Truncate | QIODevice::NewOnly)) | QIODevice::ExistingOnly);
 }
 
 void closeDevice(QIODevice* device)

@@ -1,16 +1,14 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/table/fileidentity_p.h>
 #include <dbf/transform/copytarget_p.h>
 
 #include <QtCore/QBuffer>
-#include <QtCore/QFile>
 #include <QtCore/QFileDevice>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QTemporaryFile>
-
-#include <sys/stat.h>
 
 #include <optional>
 
@@ -19,28 +17,6 @@ namespace dbf
 
 namespace
 {
-
-// Names tell nothing here: a file has many spellings, symbolic and hard links.
-struct FileIdentity {
-    dev_t device;
-    ino_t inode;
-
-    bool operator==(const FileIdentity& other) const
-    {
-        return device == other.device && inode == other.inode;
-    }
-};
-
-std::optional<FileIdentity> identityOf(const QFileDevice& file)
-{
-    struct stat status = {};
-    const int result = file.isOpen() && file.handle() != -1
-                           ? fstat(file.handle(), &status)
-                           : stat(QFile::encodeName(file.fileName()).constData(), &status);
-    if (result != 0)
-        return std::nullopt;
-    return FileIdentity{status.st_dev, status.st_ino};
-}
 
 bool isSameFile(const QFileDevice& a, const QFileDevice& b)
 {

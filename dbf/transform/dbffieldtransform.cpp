@@ -7,6 +7,7 @@
 #include <dbf/transform/dbffieldtransform.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace dbf
 {
@@ -28,7 +29,10 @@ QByteArray resizeField(const QByteArray& bytes, int fromLength, int toLength)
 {
     if (toLength < fromLength)
         return bytes.left(std::max(toLength, 0));
-    return bytes + QByteArray(toLength - fromLength, ' ');
+    const qint64 added = qint64(toLength) - fromLength;
+    return bytes + QByteArray(static_cast<int>(std::min<qint64>(
+                                  added, std::numeric_limits<int>::max() - bytes.size())),
+                              ' ');
 }
 
 } // namespace dbf

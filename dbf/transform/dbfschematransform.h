@@ -42,7 +42,7 @@ struct DBFTABLE_EXPORT DbfSchemaTransform {
     void deleteColumn(int index);
 
     /// Moves the column at \a from to position \a to (both 0 to the column count minus 1); the
-    /// columns between them move up by one place to close the gap.
+    /// columns between them move by one place towards \a from.
     void moveColumn(int from, int to);
 
     DbfSchema schema;         ///< The target schema.

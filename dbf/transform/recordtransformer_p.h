@@ -17,7 +17,8 @@ namespace dbf
 
 /// A transform made ready for many records: what happens to each column is decided once.
 ///
-/// Schema and transform must outlive the object and stay as they are.
+/// Works on copies of schema and transform.
+
 class RecordTransformer
 {
 public:
