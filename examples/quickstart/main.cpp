@@ -4,6 +4,9 @@
 /// \file
 /// Opens a table, prints it, writes a copy of it with other columns, and prints that.
 
+#include "interruption.h"
+#include "opentable.h"
+#include "progressbar.h"
 #include "sampletable.h"
 #include "tableprinter.h"
 
@@ -15,7 +18,6 @@
 #include <QtCore/QSaveFile>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
-#include <QtCore/QTextCodec>
 #include <QtCore/QTextStream>
 
 #include <algorithm>
@@ -28,6 +30,7 @@ namespace
 
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
+constexpr int exitInterrupted = 130; // What shells expect after Ctrl-C.
 
 constexpr int longestField = 255;
 constexpr int widenBy = 10;
@@ -47,59 +50,17 @@ bool fail(const QString& message)
     return false;
 }
 
-/// Reads the text of \a table in the character set that its header names.
-///
-/// By itself the library tells Windows Cyrillic and DOS Cyrillic apart and takes every other code
-/// page for KOI8-R. Qt knows most of the others. Field names are text, too, so the table is read
-/// again; that rebuilds the columns, so converters are installed afterwards.
-bool chooseTextCodec(DbfTable& table)
+bool failInterrupted()
 {
-    const int mib = DbfTable::languageIdToMIB(static_cast<int>(table.descriptor().codePage));
-    QTextCodec* codec = mib == 0 ? nullptr : QTextCodec::codecForMib(mib);
-    if (codec == nullptr || codec == table.schema().codec)
-        return true;
-    table.overrideTextCodec(codec);
-    return table.reopen();
-}
-
-/// Returns the converter for a binary column, or null to keep the default one of its type.
-DbfFieldConverter* binaryConverter(const DbfFieldDescriptor& field, bool binaryDoubles)
-{
-    const auto letter = static_cast<char>(field.type);
-    if (letter == 'I' && field.length == 4)
-        return DbfIntConverter::instance();
-    if (letter == 'M' && field.length == 4) // The number of a block in a separate memo file.
-        return DbfIntConverter::instance();
-    if (letter == 'Y' && field.length == 8) // Currency, in units of 0.0001.
-        return DbfLargeIntConverter::instance();
-    if (letter == 'B' && field.length == 8 && binaryDoubles)
-        return DbfBinaryDoubleConverter::instance();
-    return nullptr;
-}
-
-/// Makes the binary columns of \a table give numbers instead of raw bytes.
-void installConverters(DbfTable& table)
-{
-    // Only the versions with a back-link area use the letter B for a floating-point number.
-    const bool binaryDoubles = DbfTable::hasDbc(table.descriptor());
-    const QVector<DbfColumn> columns = table.schema().columns;
-    for (int i = 0; i < columns.size(); ++i) {
-        if (auto* converter = binaryConverter(columns.at(i).descriptor, binaryDoubles))
-            table.setFieldConverter(i, converter);
-    }
+    return fail(QStringLiteral("interrupted"));
 }
 
 /// Opens \a table, whose device is \a file, for reading.
-bool openTable(DbfTable& table, const QFile& file)
+bool openForReading(DbfTable& table, const QFile& file)
 {
-    if (!table.open(QIODevice::ReadOnly) || !chooseTextCodec(table)) {
-        const QString reason = table.lastError() == DbfTable::OpenError
-                                   ? file.errorString()
-                                   : errorText(table.lastError());
-        return fail(QStringLiteral("cannot open %1: %2").arg(file.fileName(), reason));
-    }
-    installConverters(table);
-    return true;
+    QString reason;
+    return openTable(table, QIODevice::ReadOnly, nullptr, &reason) ||
+           fail(QStringLiteral("cannot open %1: %2").arg(file.fileName(), reason));
 }
 
 /// Opens and prints the table in \a path.
@@ -107,11 +68,13 @@ bool showTable(const QString& path, QTextStream& out)
 {
     QFile file(path);
     DbfTable table(&file);
-    if (!openTable(table, file))
+    if (!openForReading(table, file))
         return false;
     out << path << '\n';
     if (!printTable(table, out))
-        return fail(QStringLiteral("cannot read %1: %2").arg(path, errorText(table.lastError())));
+        return isInterrupted() ? failInterrupted()
+                               : fail(QStringLiteral("cannot read %1: %2")
+                                          .arg(path, errorText(table.lastError())));
     return true;
 }
 
@@ -177,6 +140,16 @@ DbfSchemaTransform makeTransform(const DbfTable& table, QTextStream& out)
     return transform;
 }
 
+/// Writes the copy and shows how far it is. Ctrl-C stops it between two batches of records.
+bool copyWithProgress(DbfTable& table, QIODevice& target, const DbfSchemaTransform& transform)
+{
+    ProgressBar bar;
+    return table.copyAndTransform(&target, transform, [&bar](int done, int total) {
+        bar.show(done, total);
+        return !isInterrupted();
+    });
+}
+
 /// Writes a copy of the table in \a sourcePath with other columns to \a targetPath.
 ///
 /// The QSaveFile puts the copy in place in one step when it is whole; after a failure it discards
@@ -185,14 +158,18 @@ bool restructure(const QString& sourcePath, const QString& targetPath, QTextStre
 {
     QFile file(sourcePath);
     DbfTable table(&file);
-    if (!openTable(table, file))
+    if (!openForReading(table, file))
         return false;
     out << "Restructuring " << sourcePath << '\n';
     const DbfSchemaTransform transform = makeTransform(table, out);
     out << '\n';
+    out.flush();
 
     QSaveFile target(targetPath);
-    if (!table.copyAndTransform(&target, transform) || !target.commit()) {
+    const bool copied = copyWithProgress(table, target, transform);
+    if (isInterrupted())
+        return failInterrupted();
+    if (!copied || !target.commit()) {
         const QString reason =
             target.error() != QFileDevice::NoError
                 ? target.errorString()
@@ -242,8 +219,9 @@ int main(int argc, char* argv[])
 
     QTextStream out(stdout);
     out.setCodec("UTF-8");
+    catchInterruption();
     if (!run(arguments.value(0), arguments.value(1), out))
-        return exitFailure;
+        return isInterrupted() ? exitInterrupted : exitFailure;
     out.flush();
     if (out.status() != QTextStream::Ok || std::ferror(stdout) != 0) {
         fail(QStringLiteral("cannot write to the standard output"));

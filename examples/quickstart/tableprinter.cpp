@@ -3,6 +3,8 @@
 
 #include "tableprinter.h"
 
+#include "interruption.h"
+
 #include <dbf/model/dbfcolumn.h>
 
 #include <QtCore/QDate>
@@ -134,30 +136,6 @@ QString bytesText(const QByteArray& bytes)
                   : QStringLiteral("0x") + QString::fromLatin1(bytes.toHex());
 }
 
-QString valueText(const QVariant& value, const DbfFieldDescriptor& field)
-{
-    const auto letter = static_cast<char>(field.type);
-    switch (static_cast<QMetaType::Type>(value.userType())) {
-    case QMetaType::Bool:
-        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
-    case QMetaType::QDate:
-        return value.toDate().toString(Qt::ISODate);
-    case QMetaType::Double:
-        return field.type == DbfFieldType::Float
-                   ? QString::number(value.toDouble(), 'f', field.decimals)
-                   : QString::number(value.toDouble(), 'g', 15);
-    case QMetaType::LongLong:
-        return letter == 'Y' ? currencyText(value.toLongLong()) : value.toString();
-    case QMetaType::QByteArray: {
-        const QByteArray bytes = value.toByteArray();
-        return letter == 'T' && bytes.size() == dateTimeSize ? dateTimeText(bytes)
-                                                             : bytesText(bytes);
-    }
-    default:
-        return value.toString();
-    }
-}
-
 bool isNumber(const DbfFieldDescriptor& field)
 {
     return QByteArrayLiteral("NFIYBM").contains(static_cast<char>(field.type));
@@ -199,14 +177,14 @@ void printRecords(const QVector<DbfRecord>& records, const DbfSchema& schema, QT
 }
 
 /// Counts in ranges: fast, and no more than one range is in memory at a time. Returns -1 when a
-/// record cannot be read.
+/// record cannot be read or Ctrl-C was pressed.
 int countDeleted(DbfTable& table)
 {
     int deleted = 0;
     for (int remaining = table.recordCount(); remaining > 0;) {
         const int count = std::min(recordsPerRead, remaining);
         const auto records = table.readRecords(table.recordCount() - remaining, count);
-        if (table.hasError())
+        if (table.hasError() || isInterrupted())
             return -1;
         deleted += static_cast<int>(
             std::count_if(records.cbegin(), records.cend(),
@@ -249,9 +227,35 @@ QString errorText(DbfTable::DbfTableError code)
     return QStringLiteral("error %1").arg(static_cast<int>(code));
 }
 
+QString valueText(const QVariant& value, const DbfFieldDescriptor& field)
+{
+    const auto letter = static_cast<char>(field.type);
+    switch (static_cast<QMetaType::Type>(value.userType())) {
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+    case QMetaType::QDate:
+        return value.toDate().toString(Qt::ISODate);
+    case QMetaType::Double:
+        return field.type == DbfFieldType::Float
+                   ? QString::number(value.toDouble(), 'f', field.decimals)
+                   : QString::number(value.toDouble(), 'g', 15);
+    case QMetaType::LongLong:
+        return letter == 'Y' ? currencyText(value.toLongLong()) : value.toString();
+    case QMetaType::QByteArray: {
+        const QByteArray bytes = value.toByteArray();
+        return letter == 'T' && bytes.size() == dateTimeSize ? dateTimeText(bytes)
+                                                             : bytesText(bytes);
+    }
+    default:
+        return value.toString();
+    }
+}
+
 bool printTable(DbfTable& table, QTextStream& out)
 {
     const int deleted = countDeleted(table);
+    if (deleted < 0)
+        return false;
     const int shown = std::min(recordsShown, table.recordCount());
     const QVector<DbfRecord> records =
         shown > 0 ? table.readRecords(0, shown) : QVector<DbfRecord>();
