@@ -83,7 +83,6 @@ private:
     const QByteArray& viewForConverter(std::string_view bytes);
 
     const DbfSchema m_schema; // a copy, since a caller's converter may rebuild the original
-
     TextCodec m_textCodec;
     QVarLengthArray<Field, 32> m_fields;
     QByteArray m_slice; // the view that converters get, reused so that none is allocated per field

@@ -18,7 +18,6 @@ namespace dbf
 /// A transform made ready for many records: what happens to each column is decided once.
 ///
 /// Works on copies of schema and transform.
-
 class RecordTransformer
 {
 public:
