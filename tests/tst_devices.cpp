@@ -78,6 +78,7 @@ private slots:
     void whatAFullDiskRefusedIsNeverWrittenElsewhere_data();
     void whatAFullDiskRefusedIsNeverWrittenElsewhere();
     void ownWritesLeaveTheFileActual();
+    void reopeningEmptiesNoFile();
     void bufferDoesNotGrowByReading();
     void converterMayReadAnEmptySliceLikeAnyOther();
     void progressIsToldAndObeyed();
@@ -297,6 +298,17 @@ void TestDevices::ownWritesLeaveTheFileActual()
     QVERIFY(table.isActual() && table.isActual());
     QVERIFY(table.updateRecord(record));
     QVERIFY(table.isActual());
+}
+
+void TestDevices::reopeningEmptiesNoFile()
+{
+    QFile file(path("a.dbf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(sample().bytes()), qint64(sample().bytes().size()));
+    DbfTable table(&file);
+    QVERIFY(!table.reopen());
+    QCOMPARE(table.lastError(), DbfTable::ReadError);
+    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
 }
 
 void TestDevices::bufferDoesNotGrowByReading()
