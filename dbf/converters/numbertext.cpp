@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/numbertext_p.h>
+#include <dbf/converters/rightjustifiednumber_p.h>
 #include <dbf/converters/spaces_p.h>
 
 #include <algorithm>
@@ -17,12 +18,7 @@ namespace dbf
 namespace
 {
 
-// Up to 15 digits an integer is exact as a double, and so are the powers of ten up to 22; one
-// division of the two rounds once, hence correctly.
-constexpr int maxExactDigits = 15;
-constexpr std::array exactPowersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-static_assert(exactPowersOfTen.size() == maxExactDigits + 1);
+constexpr int maxExactDigits = 15; // of an integer that is exact as a double
 
 bool isDigit(char character)
 {
@@ -87,11 +83,8 @@ std::optional<double> readPlainNumber(std::string_view text)
     if (position != end || wholeDigits == 0 || (hasPoint && decimals == 0))
         return std::nullopt;
 
-    if (wholeDigits + decimals <= maxExactDigits) {
-        const double magnitude =
-            static_cast<double>(digits) / exactPowersOfTen[static_cast<size_t>(decimals)];
-        return negative ? -magnitude : magnitude;
-    }
+    if (wholeDigits + decimals <= maxExactDigits)
+        return fixedPointNumber(digits, static_cast<int>(decimals), negative);
     double number = 0.0;
     const std::from_chars_result result =
         std::from_chars(text.data(), end, number, std::chars_format::fixed);
@@ -112,6 +105,8 @@ std::string_view trimmedAscii(std::string_view bytes)
 
 double readNumber(std::string_view bytes)
 {
+    if (const std::optional<double> number = readRightJustifiedNumber(bytes))
+        return *number;
     const std::string_view text = trimmedAscii(bytes);
     if (text.empty())
         return 0.0;

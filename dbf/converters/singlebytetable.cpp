@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <memory>
 
 namespace dbf
@@ -97,7 +98,7 @@ const SingleByteTable* SingleByteTable::of(QTextCodec* codec)
 const SingleByteTable* SingleByteTable::derivedFrom(const QTextCodec& codec)
 {
     std::unique_ptr<SingleByteTable> table(new SingleByteTable);
-    if (!table->readDecoding(codec) || !table->decodesPairsAs(codec))
+    if (!table->readDecoding(codec) || !table->readPairs(codec))
         return nullptr;
     table->readEncoding(codec);
     return table.release();
@@ -121,42 +122,33 @@ bool SingleByteTable::readDecoding(const QTextCodec& codec)
 }
 
 // A caller's codec may claim a number and still look at more than one byte at a time.
-bool SingleByteTable::decodesPairsAs(const QTextCodec& codec) const
+bool SingleByteTable::readPairs(const QTextCodec& codec)
 {
-    QByteArray pairs(2 * byteValues * byteValues, Qt::Uninitialized);
-    char* pair = pairs.data();
-    for (int first = 0; first < byteValues; ++first) {
-        for (int second = 0; second < byteValues; ++second) {
-            *pair++ = static_cast<char>(first);
-            *pair++ = static_cast<char>(second);
+    QByteArray bytes(2 * byteValues * byteValues, Qt::Uninitialized);
+    char* byte = bytes.data();
+    for (int second = 0; second < byteValues; ++second) {
+        for (int first = 0; first < byteValues; ++first) {
+            *byte++ = static_cast<char>(first);
+            *byte++ = static_cast<char>(second);
         }
     }
-    std::vector<char16_t> expected(static_cast<size_t>(pairs.size()));
-    decode({pairs.constData(), expected.size()}, expected.data());
-    return codec.toUnicode(pairs.constData(), pairs.size(), nullptr) ==
-           QStringView(expected.data(), pairs.size());
+    const QString text = codec.toUnicode(bytes.constData(), bytes.size(), nullptr);
+    if (!std::equal(text.cbegin(), text.cend(), bytes.cbegin(), bytes.cend(),
+                    [this](QChar character, char value) { return character == unit(value); }))
+        return false;
+    m_pairs.assign(text.utf16(), text.utf16() + text.size());
+    return true;
 }
 
 void SingleByteTable::readEncoding(const QTextCodec& codec)
 {
-    Page emptyPage;
-    emptyPage.fill(noByte);
-    m_pages.assign(1, emptyPage);
-
+    constexpr size_t unitValues = 65536;
+    m_bytes.assign(unitValues, noByte);
     for (const ushort unit : m_units) {
         const QChar character(unit);
         const QByteArray bytes = codec.fromUnicode(&character, 1, nullptr);
-        if (bytes.size() != 1)
-            continue;
-        const auto byte = static_cast<quint8>(bytes.at(0));
-        if (m_units[byte] != unit)
-            continue;
-        quint8& page = m_pageOfHighByte[unit >> 8];
-        if (page == 0) {
-            page = static_cast<quint8>(m_pages.size());
-            m_pages.push_back(emptyPage);
-        }
-        m_pages[page][unit & 0xFF] = byte;
+        if (bytes.size() == 1 && this->unit(bytes.at(0)) == unit)
+            m_bytes[unit] = bytes.at(0);
     }
 }
 
@@ -183,11 +175,14 @@ void SingleByteTable::decode(std::string_view bytes, char16_t* units) const
 {
     const char* byte = bytes.data();
     const char* const end = byte + bytes.size();
+    const char16_t* const pairs = m_pairs.data();
+    const auto decodePair = [pairs](const char* pair, char16_t* decoded) {
+        const size_t index = qFromLittleEndian<quint16>(pair);
+        std::memcpy(decoded, pairs + 2 * index, 2 * sizeof(char16_t));
+    };
     for (; end - byte >= 4; byte += 4, units += 4) {
-        units[0] = unit(byte[0]);
-        units[1] = unit(byte[1]);
-        units[2] = unit(byte[2]);
-        units[3] = unit(byte[3]);
+        decodePair(byte, units);
+        decodePair(byte + 2, units + 2);
     }
     for (; byte < end; ++byte, ++units)
         *units = unit(*byte);
@@ -196,11 +191,10 @@ void SingleByteTable::decode(std::string_view bytes, char16_t* units) const
 bool SingleByteTable::encode(QStringView text, char* bytes) const
 {
     for (const QChar character : text) {
-        const ushort unit = character.unicode();
-        const quint16 byte = m_pages[m_pageOfHighByte[unit >> 8]][unit & 0xFF];
+        const char byte = m_bytes[character.unicode()];
         if (byte == noByte)
             return false;
-        *bytes++ = static_cast<char>(byte);
+        *bytes++ = byte;
     }
     return true;
 }

@@ -38,21 +38,21 @@ public:
     bool isAsciiTransparent() const { return m_asciiTransparent; }
 
 private:
-    static constexpr quint16 noByte = 0xFFFF;
-    using Page = std::array<quint16, 256>;
+    // Stands for itself, too, which is left to the codec: texts hardly ever have a U+0000.
+    static constexpr char noByte = '\0';
 
     SingleByteTable() = default;
     char16_t unit(char byte) const { return m_units[static_cast<quint8>(byte)]; }
 
     static const SingleByteTable* derivedFrom(const QTextCodec& codec);
     bool readDecoding(const QTextCodec& codec);
-    bool decodesPairsAs(const QTextCodec& codec) const;
+    bool readPairs(const QTextCodec& codec);
     void readEncoding(const QTextCodec& codec);
 
     std::array<char16_t, 256> m_units{};
     std::array<bool, 256> m_isSpace{};
-    std::array<quint8, 256> m_pageOfHighByte{}; // 0 for the page without any byte
-    std::vector<Page> m_pages;
+    std::vector<char16_t> m_pairs; // the units of all pairs of bytes; one look-up for two bytes
+    std::vector<char> m_bytes;     // by unit, noByte where none is exact
     bool m_asciiTransparent = false;
 };
 

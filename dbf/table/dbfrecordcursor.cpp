@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/fieldtext_p.h>
 #include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbfrecordcursor.h>
 #include <dbf/table/dbftable_p.h>
@@ -100,8 +99,8 @@ bool DbfRecordCursor::Private::next()
     if (m_current + 1 == m_recordsInBlock && !readBlock())
         return false;
     ++m_current;
-    const size_t length = m_descriptor.recordLength;
-    m_image = viewOf(m_block).substr(static_cast<size_t>(m_current) * length, length);
+    const int length = m_descriptor.recordLength;
+    m_image = {m_block.constData() + m_current * length, static_cast<size_t>(length)};
     return true;
 }
 

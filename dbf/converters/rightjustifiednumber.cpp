@@ -1,0 +1,145 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/rightjustifiednumber_p.h>
+#include <dbf/converters/spaces_p.h>
+
+#include <algorithm>
+#include <limits>
+
+// All of the characters are handled at once, eight to a word: where a number begins differs from
+// record to record, and loops that end there cost more than all the rest.
+
+namespace dbf
+{
+
+namespace
+{
+
+constexpr int perWord = static_cast<int>(wordSize);
+constexpr quint64 lowestBits = Q_UINT64_C(0x0101010101010101); // of every byte
+constexpr quint64 highestBits = lowestBits << 7;
+constexpr quint64 eightZeros = lowestBits * '0';
+constexpr quint64 eightPoints = lowestBits * '.';
+
+/// Sixteen characters, the first in the lowest byte of its word.
+struct Characters {
+    quint64 firstEight;
+    quint64 lastEight;
+};
+
+/// Returns a word whose \a count lowest bytes, at most all eight, are filled with ones.
+quint64 lowBytes(int count)
+{
+    return (Q_UINT64_C(1) << (4 * count) << (4 * count)) - 1;
+}
+
+quint64 replaceLowBytes(quint64 word, int count, quint64 replacement)
+{
+    return (word & ~lowBytes(count)) | (replacement & lowBytes(count));
+}
+
+/// Returns in how many of its lowest bytes \a word, which must not be zero, is zero.
+int zeroLowBytes(quint64 word)
+{
+    return static_cast<int>(qCountTrailingZeroBits(word)) / bitsPerByte;
+}
+
+/// Returns the last sixteen characters of \a bytes, filled up with spaces; nothing if others stand
+/// before them, or spaces at their end.
+std::optional<Characters> lastSixteen(std::string_view bytes)
+{
+    const auto size = static_cast<int>(bytes.size());
+    const int missing = std::max(2 * perWord - size, 0);
+    const int excess = std::max(size - 2 * perWord, 0);
+    if (missing > perWord || excess > perWord)
+        return std::nullopt;
+    const char* const begin = bytes.data();
+    const char* const lastEight = begin + size - perWord;
+    const auto start = qFromLittleEndian<quint64>(begin);
+    const auto before = qFromLittleEndian<quint64>(missing > 0 ? begin : lastEight - perWord);
+    const Characters characters{
+        replaceLowBytes(before << (4 * missing) << (4 * missing), missing, eightSpaces),
+        qFromLittleEndian<quint64>(lastEight)};
+    if (characters.lastEight == eightSpaces || ((start ^ eightSpaces) & lowBytes(excess)) != 0)
+        return std::nullopt;
+    return characters;
+}
+
+struct Start {
+    int firstDigit; // its place among the characters
+    bool negative;
+};
+
+/// Replaces what stands before the digits by zeros.
+Start clearStart(Characters& characters)
+{
+    const bool isLong = characters.firstEight != eightSpaces;
+    const quint64 word = isLong ? characters.firstEight : characters.lastEight;
+    const int spaces = zeroLowBytes(word ^ eightSpaces);
+    const bool negative = static_cast<char>(word >> (bitsPerByte * spaces)) == '-';
+    const int cleared = spaces + (negative ? 1 : 0);
+    const quint64 digits = replaceLowBytes(word, cleared, eightZeros);
+    characters.firstEight = isLong ? digits : eightZeros;
+    characters.lastEight = isLong ? characters.lastEight : digits;
+    return {isLong ? cleared : perWord + cleared, negative};
+}
+
+/// Moves the digits before the point up to those behind it. Returns the place of the point among
+/// the last eight characters, eight for no point there.
+int closePoint(Characters& characters)
+{
+    constexpr int allButOneByte = bitsPerByte * (perWord - 1);
+    const quint64 others = characters.lastEight ^ eightPoints;
+    const quint64 points = (others - lowestBits) & ~others & highestBits;
+    if (points == 0)
+        return perWord;
+    const int point = zeroLowBytes(points);
+    const quint64 moved =
+        characters.lastEight << bitsPerByte | characters.firstEight >> allButOneByte;
+    characters.lastEight = replaceLowBytes(characters.lastEight, point + 1, moved);
+    characters.firstEight = characters.firstEight << bitsPerByte | '0';
+    return point;
+}
+
+bool areDigits(quint64 characters)
+{
+    constexpr quint64 highHalves = lowestBits * 0xF0;
+    constexpr quint64 carryAboveNine = lowestBits * 6;
+    return (characters & highHalves) == eightZeros &&
+           ((characters + carryAboveNine) & highHalves) == eightZeros;
+}
+
+/// Returns the number that eight digits make.
+quint64 numberOf(quint64 digits)
+{
+    digits -= eightZeros;
+    digits = (digits * 10 + (digits >> 8)) & Q_UINT64_C(0x00FF00FF00FF00FF);
+    digits = (digits * 100 + (digits >> 16)) & Q_UINT64_C(0x0000FFFF0000FFFF);
+    return (digits * 10000 + (digits >> 32)) & Q_UINT64_C(0xFFFFFFFF);
+}
+
+} // namespace
+
+std::optional<double> readRightJustifiedNumber(std::string_view bytes)
+{
+    std::optional<Characters> characters = lastSixteen(bytes);
+    if (!characters)
+        return std::nullopt;
+    const Start start = clearStart(*characters);
+    const int point = closePoint(*characters);
+    const int decimals = point == perWord ? 0 : perWord - 1 - point;
+    const bool endsWithPoint = point == perWord - 1;
+    if (endsWithPoint || start.firstDigit >= perWord + point ||
+        !areDigits(characters->firstEight) || !areDigits(characters->lastEight))
+        return std::nullopt;
+
+    constexpr quint64 maxExact = Q_UINT64_C(1) << std::numeric_limits<double>::digits;
+    const quint64 digits =
+        numberOf(characters->firstEight) * 100000000 + numberOf(characters->lastEight);
+    if (digits > maxExact)
+        return std::nullopt;
+    return fixedPointNumber(digits, decimals, start.negative);
+}
+
+} // namespace dbf
