@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "bytes.h"
+#include "filesizelimit.h"
 #include "testtables.h"
 
 #include <QtCore/QBuffer>
@@ -9,9 +10,9 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
-#include <csignal>
-#include <sys/resource.h>
 #include <unistd.h>
+
+#include <optional>
 
 using namespace dbf;
 using namespace testtables;
@@ -51,6 +52,22 @@ public:
     qint64 size() const override { return 0; }
 };
 
+/// A file on a disk that fills up when somebody goes for the record count.
+class FillingFile : public QFile
+{
+public:
+    using QFile::QFile;
+    bool seek(qint64 position) override
+    {
+        if (position == 4)
+            m_limit.emplace(0);
+        return QFile::seek(position);
+    }
+
+private:
+    std::optional<FileSizeLimit> m_limit;
+};
+
 DbfSchemaTransform identityOf(const DbfTable& table)
 {
     return DbfSchemaTransform::identity(table.schema());
@@ -77,6 +94,9 @@ private slots:
     void fullDiskIsReported();
     void whatAFullDiskRefusedIsNeverWrittenElsewhere_data();
     void whatAFullDiskRefusedIsNeverWrittenElsewhere();
+    void countThatAFullDiskRefusesIsNoError();
+    void fileThatCannotBeOpenedAgainStaysClosed();
+    void saveFileThatCannotBeWrittenIsNotCommitted();
     void ownWritesLeaveTheFileActual();
     void reopeningEmptiesNoFile();
     void bufferDoesNotGrowByReading();
@@ -263,12 +283,7 @@ void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere()
     DbfTable table(&file);
     QVERIFY(table.open(QIODevice::ReadWrite));
 
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit unlimited{};
-    QCOMPARE(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    rlimit limit = unlimited;
-    limit.rlim_cur = static_cast<rlim_t>(bytes.size() + 20);
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::optional<FileSizeLimit> limit(bytes.size() + 20);
     const DbfRecord blank(-1, {QString()});
     const bool appended =
         bulk ? table.appendRecords(QVector<DbfRecord>(bulk, blank)) : table.appendRecord(blank);
@@ -276,7 +291,7 @@ void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere()
     const bool updated = table.updateRecord(DbfRecord(5, {"updated"}));
     table.readRecord(0);
     file.close();
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    limit.reset();
 
     QVERIFY(!appended && updated);
     QCOMPARE(readable, rows);
@@ -284,6 +299,56 @@ void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere()
     expected.replace(65 + 5 * 51, 51, " updated" + QByteArray(43, '\0'));
     const int size = bulk ? bytes.size() : bytes.size() - 1; // with the end marker put back, or not
     QCOMPARE(readFile(path("full.dbf")).left(size), expected.left(size));
+}
+
+void TestDevices::countThatAFullDiskRefusesIsNoError()
+{
+    {
+        FillingFile file(path("a.dbf"));
+        DbfTable table(&file);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        QVERIFY(table.appendRecord(DbfRecord(-1, {"new", true, "1"})) && !table.hasError());
+        QCOMPARE(table.recordCount(), 4);
+        QCOMPARE(table.readRecord(3).values.at(0), QVariant("new"));
+    }
+    const QByteArray before = sample().bytes();
+    const QByteArray after = readFile(path("a.dbf"));
+    QCOMPARE(after.size(), before.size() + 11);
+    QCOMPARE(after.left(before.size() - 1), before.left(before.size() - 1));
+}
+
+void TestDevices::fileThatCannotBeOpenedAgainStaysClosed()
+{
+    QFile replaced(path("a.dbf"));
+    DbfTable table(&replaced);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+    QVERIFY(QFile::rename(path("a.dbf"), path("b.dbf")));
+    writeFile(path("a.dbf"), "another");
+    QFile writeOnly(path("c.dbf"));
+    QVERIFY(writeOnly.open(QIODevice::WriteOnly));
+    DbfTable neverOpened(&writeOnly);
+    for (DbfTable* const one : {&table, &neverOpened}) {
+        const FileSizeLimit limit(0);
+        QVERIFY(!one->appendRecord({}));
+        QCOMPARE(one->lastError(), DbfTable::WriteError);
+        QVERIFY(!one->device()->isOpen());
+    }
+    QCOMPARE(readFile(path("a.dbf")), QByteArray("another"));
+    QCOMPARE(readFile(path("b.dbf")), sample().bytes());
+}
+
+void TestDevices::saveFileThatCannotBeWrittenIsNotCommitted()
+{
+    QSaveFile file(path("a.dbf"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    DbfTable table(&file);
+    {
+        const FileSizeLimit limit(0);
+        QVERIFY(!table.appendRecord({}));
+    }
+    QCOMPARE(table.lastError(), DbfTable::WriteError);
+    QVERIFY(!file.commit());
+    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
 }
 
 void TestDevices::ownWritesLeaveTheFileActual()

@@ -158,9 +158,9 @@ void TestExactness::oddCodecsAreAskedThemselves()
 void TestExactness::numbersReadAsQtReadsThem()
 {
     Random random(2);
-    for (int i = 0; i < 50000; ++i) {
+    for (int i = 0; i < 100000; ++i) {
         QByteArray text;
-        switch (i % 4) {
+        switch (i % 5) {
         case 0:
             text = randomBytes(random, "0123456789.-+ eE,", 12);
             break;
@@ -170,6 +170,13 @@ void TestExactness::numbersReadAsQtReadsThem()
             break;
         case 2: // digits enough to lie half way between two doubles
             text = QByteArray::number(std::fmod(anyDouble(random), 1e15), 'f', below(random, 50));
+            break;
+        case 3: // whole fields of the usual look, some with one character gone wrong
+            text = (below(random, 3) ? "" : "-") + randomBytes(random, "0123456789", 9) +
+                   (below(random, 4) ? "." : "") + randomBytes(random, "0123456789", 9);
+            text = text.rightJustified(1 + below(random, 27), ' ', true);
+            if (i % 4 == 0)
+                text[below(random, text.size())] = static_cast<char>(random());
             break;
         default:
             text =

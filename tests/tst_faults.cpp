@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "filesizelimit.h"
 #include "recordingdevice.h"
 #include "testtables.h"
 
@@ -8,10 +9,8 @@
 #include <QtTest/QtTest>
 
 #include <array>
-#include <csignal>
 #include <functional>
 #include <optional>
-#include <sys/resource.h>
 #include <tuple>
 
 using namespace dbf;
@@ -414,16 +413,11 @@ private slots:
         DbfTable table(&file);
         QVERIFY(table.open(QIODevice::ReadWrite));
 
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit unlimited{};
-        QCOMPARE(getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-        rlimit limit = unlimited;
-        limit.rlim_cur = static_cast<rlim_t>(bytes.size() - 1 + room);
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        std::optional<FileSizeLimit> limit(bytes.size() - 1 + room);
         const bool appended = table.appendRecords({newRecord(0)});
         const bool appendedAgain = table.appendRecord(newRecord(0));
         table.close();
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+        limit.reset();
 
         const bool fits = room == 12;
         QCOMPARE(appended, fits);
