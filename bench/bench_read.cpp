@@ -24,12 +24,22 @@ namespace bench
 namespace
 {
 
-constexpr int rangeLength = 100;    // records per call of readRecords
+constexpr int rangeLength = 400;    // records per call of readRecords: 64 KiB, as in the cache
 constexpr int lookupCount = 100000; // records per run of the random workloads
 
 using Reader = std::function<Sums()>;
 
-void addRecord(Sums& sums, const dbf::DbfRecord& record)
+enum class Texts { InPlace, Copied };
+
+int lengthOfText(const QVariant& value, Texts texts)
+{
+    return texts == Texts::Copied ? value.toString().size()
+                                  : static_cast<const QString*>(value.constData())->size();
+}
+
+// Texts are looked at where they are, as those of the others. Copied ones show what it adds to take
+// a reference to each.
+void addRecord(Sums& sums, const dbf::DbfRecord& record, Texts texts = Texts::InPlace)
 {
     for (int column = 0; column < columnCount; ++column) {
         const QVariant& value = record.values.at(column);
@@ -41,11 +51,11 @@ void addRecord(Sums& sums, const dbf::DbfRecord& record)
         else if (column == Active)
             sum += value.toBool() ? 1 : 0;
         else
-            sum += value.toString().size();
+            sum += lengthOfText(value, texts);
     }
 }
 
-Sums readRecords(const std::string& path)
+Sums readRecords(const std::string& path, Texts texts)
 {
     OpenTable source(path);
     dbf::DbfTable& table = source.table;
@@ -54,7 +64,7 @@ Sums readRecords(const std::string& path)
         const QVector<dbf::DbfRecord> records =
             table.readRecords(first, std::min(rangeLength, table.recordCount() - first));
         for (const dbf::DbfRecord& record : records)
-            addRecord(sums, record);
+            addRecord(sums, record, texts);
     }
     return sums;
 }
@@ -94,6 +104,20 @@ Sums readRandomRecords(const std::string& path, const std::vector<int>& indexes)
     for (const int index : indexes)
         addRecord(sums, source.table.readRecord(index));
     return sums;
+}
+
+/// The floor of random reading: the device calls alone. The number of bytes is the first sum.
+Sums readRandomImages(const std::string& path, const std::vector<int>& indexes)
+{
+    QFile file(QString::fromStdString(path));
+    file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    char image[recordLength];
+    qint64 total = 0;
+    for (const qint64 index : indexes) {
+        file.seek(headerLength + index * recordLength);
+        total += file.read(image, recordLength);
+    }
+    return {static_cast<double>(total)};
 }
 
 /// The floor of all reading: the file's bytes alone. Their number stands in for the first sum.
@@ -183,11 +207,16 @@ void addWorkloads(const Table& table)
     };
     const auto bytes = static_cast<double>(QFileInfo(QString::fromStdString(path)).size());
     addRead("floor", "readBytes", {bytes}, records, [=] { return readBytes(path); });
-    addRead("dbftable", "readRecords", all, records, [=] { return readRecords(path); });
+    addRead("dbftable", "readRecords", all, records,
+            [=] { return readRecords(path, Texts::InPlace); });
+    addRead("extra", "readRecordsToString", all, records,
+            [=] { return readRecords(path, Texts::Copied); });
     addRead("dbftable", "cursor", all, records, [=] { return readWithCursor(path); });
     addRead("dbftable", "cursorTwoColumns", two, records, [=] { return readTwoColumns(path); });
     addRead("dbftable", "readRecord", random, lookupCount,
             [=] { return readRandomRecords(path, indexes); });
+    addRead("floor", "readRandom", {double(lookupCount) * recordLength}, lookupCount,
+            [=] { return readRandomImages(path, indexes); });
 #ifdef BENCH_SHAPELIB
     addRead("shapelib", "readAll", all, records, [=] { return shapelibReadAll(path); });
     addRead("shapelib", "readTwoColumns", two, records,

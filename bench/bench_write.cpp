@@ -71,7 +71,6 @@ void appendInBulk(const std::string& target, const Rows& rows, int records)
 /// The floor of appending: the device calls that one record needs, on a QFile, and nothing else.
 void makeDeviceCallsOnly(const std::string& target, int records)
 {
-    constexpr int recordLength = 168;
     QFile file(QString::fromStdString(target));
     file.open(QIODevice::ReadWrite);
     const QByteArray image(recordLength, ' ');
@@ -83,6 +82,16 @@ void makeDeviceCallsOnly(const std::string& target, int records)
         file.seek(4);
         file.write(image.constData(), 4);
     }
+}
+
+/// The floor of copying: one write for each record, on a QFile, and nothing else.
+void writeRecordsOnly(const std::string& target, int records)
+{
+    QFile file(QString::fromStdString(target));
+    file.open(QIODevice::WriteOnly);
+    const QByteArray image(recordLength, ' ');
+    for (int i = 0; i < records; ++i)
+        file.write(image.constData(), recordLength);
 }
 
 void addWriter(const std::string& name, const Table& table, const std::optional<Sums>& expected,
@@ -119,6 +128,8 @@ void addWorkloads(const Table& table)
     };
     addWrite("floor", "appendDeviceCalls", false,
              [=](const std::string& target) { makeDeviceCallsOnly(target, records); });
+    addWrite("floor", "writeRecords", false,
+             [=](const std::string& target) { writeRecordsOnly(target, records); });
     addWrite("dbftable", "appendRecord", true,
              [=](const std::string& target) { appendOneByOne(target, *rows, records); });
     addWrite("dbftable", "appendRecords", true,

@@ -16,8 +16,6 @@ namespace bench
 namespace
 {
 
-constexpr int headerLength = 32 + 32 * columnCount + 1;
-constexpr int recordLength = 1 + 10 + 30 + 20 + 14 + 8 + 1 + 20 + 50 + 8 + 6;
 constexpr char windowsCyrillic = '\xC9';
 
 constexpr std::u16string_view goods[] = {u"Молоко", u"Хлеб",   u"Сыр твёрдый", u"Гвозди",

@@ -33,6 +33,9 @@ constexpr std::array<Column, columnCount> columns = {{{"ID", 'N', 10, 0},
                                                       {"CODE", 'C', 8, 0},
                                                       {"QUANTITY", 'N', 6, 0}}};
 
+constexpr int headerLength = 32 + 32 * columnCount + 1;                       // bytes
+constexpr int recordLength = 1 + 10 + 30 + 20 + 14 + 8 + 1 + 20 + 50 + 8 + 6; // bytes
+
 /// The trimmed texts of one row's fields, in Windows-1251. Some are blank.
 using Row = std::array<std::string, columnCount>;
 
