@@ -4,6 +4,7 @@
 #include "guidesnippets.h"
 #include "testtables.h"
 
+#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
@@ -15,6 +16,19 @@ class TestGuide : public QObject
     Q_OBJECT
 
 private slots:
+    void exampleOfTheFrontPageListsATable()
+    {
+        QVERIFY(writeGoods(m_folder.filePath(QStringLiteral("goods.dbf"))));
+        QProcess example;
+        example.setWorkingDirectory(m_folder.path());
+        example.start(QStringLiteral(README_EXAMPLE), QStringList());
+        QVERIFY(example.waitForFinished());
+        QCOMPARE(example.exitCode(), 0);
+        const QByteArray output = example.readAllStandardError();
+        QCOMPARE(output.count('\n'), 2);
+        QVERIFY2(output.contains("\"135.00\""), output.constData());
+    }
+
     void writtenGoodsAreRestructuredAndListed()
     {
         const QString path = m_folder.filePath(QStringLiteral("goods"));
