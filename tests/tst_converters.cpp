@@ -244,17 +244,6 @@ private slots:
         QCOMPARE(date->defaultBytes(4), QByteArray("1900"));
     }
 
-    void textIsDecodedWithTheCodec()
-    {
-        const auto decoded = [](const QByteArray& bytes, const char* codec) {
-            return text->toVariant(bytes, {{}, QTextCodec::codecForName(codec)}, {}).toString();
-        };
-        QCOMPARE(decoded(hex("cfe0f0e0ec"), ""), QString("Парам"));
-        QCOMPARE(decoded(hex("a8b8b9ff"), "Windows-1251"), QString("Ёё№я"));
-        QCOMPARE(decoded(hex("8fa0e0a0ac"), "IBM 866"), QString("Парам"));
-        QCOMPARE(decoded(hex("93fa967b41"), "Shift_JIS"), QString("日本A"));
-    }
-
     void encodingTellsWhatWasCut()
     {
         const auto encoded = [](const char* string, int maxLength, const char* codec) {

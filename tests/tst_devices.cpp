@@ -81,384 +81,373 @@ class TestDevices : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void copyOntoItsOwnSourceIsRefused_data();
-    void copyOntoItsOwnSourceIsRefused();
-    void copyOntoItsOwnBufferIsRefused();
-    void saveFileRestructuresInPlace();
-    void pipeIsATargetButNoTable();
-    void deviceThatIsGoneFails();
-    void sizelessDeviceIsReadWhole();
-    void misplacingModesAreRefused_data();
-    void misplacingModesAreRefused();
-    void fullDiskIsReported();
-    void whatAFullDiskRefusedIsNeverWrittenElsewhere_data();
-    void whatAFullDiskRefusedIsNeverWrittenElsewhere();
-    void countThatAFullDiskRefusesIsNoError();
-    void fileThatCannotBeOpenedAgainStaysClosed();
-    void saveFileThatCannotBeWrittenIsNotCommitted();
-    void ownWritesLeaveTheFileActual();
-    void reopeningEmptiesNoFile();
-    void bufferDoesNotGrowByReading();
-    void converterMayReadAnEmptySliceLikeAnyOther();
-    void progressIsToldAndObeyed();
-    void hostileHeadersCostNothing_data();
-    void hostileHeadersCostNothing();
+    void init()
+    {
+        m_folder.reset(new QTemporaryDir);
+        writeFile(path("a.dbf"), sample().bytes());
+    }
+
+    void copyOntoItsOwnSourceIsRefused_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<bool>("works");
+        QTest::newRow("same path") << "a.dbf" << false;
+        QTest::newRow("other spelling") << "./nothing/../a.dbf" << false;
+        QTest::newRow("symbolic link") << "symbolic.dbf" << false;
+        QTest::newRow("hard link") << "hard.dbf" << false;
+        QTest::newRow("another file") << "b.dbf" << true;
+    }
+
+    void copyOntoItsOwnSourceIsRefused()
+    {
+        QFETCH(QString, target);
+        QVERIFY(QDir(m_folder->path()).mkdir("nothing"));
+        QVERIFY(QFile::link("a.dbf", path("symbolic.dbf")));
+        QCOMPARE(::link(QFile::encodeName(path("a.dbf")).constData(),
+                        QFile::encodeName(path("hard.dbf")).constData()),
+                 0);
+        writeFile(path("b.dbf"), "old");
+        QFile source(path("a.dbf"));
+        DbfTable table(&source);
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        QFile file(m_folder->path() + '/' + target);
+        QTEST(table.copyAndTransform(&file, identityOf(table)), "works");
+        QVERIFY(!file.isOpen());
+        QCOMPARE(readFile(path("a.dbf")), sample().bytes());
+    }
+
+    void copyOntoItsOwnBufferIsRefused()
+    {
+        QByteArray bytes = sample().bytes();
+        QBuffer source(&bytes);
+        QBuffer target(&bytes);
+        DbfTable table(&source);
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
+        QVERIFY(!target.isOpen());
+        QCOMPARE(bytes, sample().bytes());
+    }
+
+    void saveFileRestructuresInPlace()
+    {
+        for (const bool mayFallBack : {false, true}) {
+            QFile source(path("a.dbf"));
+            DbfTable table(&source);
+            QVERIFY(table.open(QIODevice::ReadOnly));
+            QSaveFile file(path("a.dbf"));
+            file.setDirectWriteFallback(mayFallBack);
+            DbfSchemaTransform transform = identityOf(table);
+            transform.deleteColumn(0);
+            QVERIFY(table.copyAndTransform(&file, transform));
+            QVERIFY(file.commit() && table.actualize());
+            QCOMPARE(table.schema().columns.size(), mayFallBack ? 1 : 2);
+            QCOMPARE(table.readRecords(0, 3).size(), 3);
+        }
+    }
+
+    void pipeIsATargetButNoTable()
+    {
+        OpenTable open(sample().bytes());
+        Pipe pipe;
+        QVERIFY(open.table.copyAndTransform(&pipe, identityOf(open.table)));
+        QCOMPARE(pipe.content, sample().bytes());
+
+        DbfTable table(&pipe);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        QVERIFY(table.readRecords(0, 1).isEmpty());
+        QCOMPARE(table.lastError(), DbfTable::ReadError);
+        QVERIFY(!table.appendRecord(table.blankRecord(0)));
+        QVERIFY(pipe.content.isEmpty()); // all was read ahead, nothing written
+    }
+
+    // A null device, and one that was closed behind the table's back, fail without a word from Qt.
+    void deviceThatIsGoneFails()
+    {
+        OpenTable open(sample().bytes());
+        open.device.close();
+        DbfTable none(nullptr);
+        for (DbfTable* table : {&open.table, &none}) {
+            const DbfTableDescriptor descriptor = open.table.descriptor();
+            QIODevice* const device = table->device();
+            QCOMPARE(thrownBy([&] { DbfTable::seekRecord(device, 0, descriptor, 0); }),
+                     DbfTable::ReadError);
+            QCOMPARE(thrownBy([&] { DbfTable::readData(device, 1); }), DbfTable::ReadError);
+            QCOMPARE(thrownBy([&] { DbfTable::writeData(device, "x", 1); }), DbfTable::WriteError);
+            QCOMPARE(thrownBy([&] { DbfTable::writeEndMarker(device); }), DbfTable::WriteError);
+            DbfTable::updateRecordCount(device, 1);
+            QVERIFY(table->isRecordDeleted(0) && table->readRecords(0, 0).isEmpty());
+            QVERIFY(!table->appendRecord({}) && !table->appendRecords({{}}));
+            QCOMPARE(table->lastError(), DbfTable::ReadError);
+            RecordingDevice target;
+            QVERIFY(!table->copyAndTransform(&target, identityOf(*table)));
+        }
+        none.error(DbfTable::NoError);
+        QVERIFY(none.isActual() && none.actualize() && !none.reopen());
+        QCOMPARE(none.lastError(), DbfTable::OpenError);
+        none.error(DbfTable::NoError);
+        QVERIFY(!none.create({}));
+        QCOMPARE(none.lastError(), DbfTable::OpenError);
+        QVERIFY(!open.table.copyAndTransform(nullptr, identityOf(open.table)));
+        QCOMPARE(open.device.content, sample().bytes());
+    }
+
+    void sizelessDeviceIsReadWhole()
+    {
+        Table large{{field("TEXT", 'C', 250)}};
+        large.records.fill(QByteArray(251, ' '), 100);
+        SizelessDevice device(large.bytes());
+        DbfTable table(&device);
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        QCOMPARE(table.readRecords(0, 100).size(), 100);
+    }
+
+    void misplacingModesAreRefused_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("append") << int(QIODevice::Append);
+        QTest::newRow("text") << int(QIODevice::Text);
+    }
+
+    void misplacingModesAreRefused()
+    {
+        QFETCH(int, mode);
+        QFile file(path("a.dbf"));
+        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::OpenMode(mode)) && file.seek(0));
+        DbfTable table(&file);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        const DbfRecord record(0, {"new", true, "1"});
+        QVERIFY(!table.updateRecord(record));
+        QCOMPARE(table.lastError(), DbfTable::WriteError);
+        QVERIFY(!table.appendRecord(record) && !table.appendRecords({record}));
+        QFile target(path("b.dbf"));
+        QCOMPARE(table.copyAndTransform(&target, identityOf(table)), mode != QIODevice::Text);
+        file.close();
+        QCOMPARE(readFile(path("a.dbf")), sample().bytes());
+    }
+
+    void fullDiskIsReported()
+    {
+        OpenTable open(sample().bytes());
+        QFile full("/dev/full");
+        QVERIFY(!open.table.copyAndTransform(&full, identityOf(open.table)));
+        full.close();
+
+        DbfTable created(&full);
+        QVERIFY(!created.create(open.table.schema()));
+        QCOMPARE(created.lastError(), DbfTable::WriteError);
+    }
+
+    void whatAFullDiskRefusedIsNeverWrittenElsewhere_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::addColumn<int>("bulk");
+        QTest::addColumn<int>("room");
+        QTest::newRow("one record") << 10 << 0 << 20;
+        QTest::newRow("one record, many before") << 1000 << 0 << 20;
+        QTest::newRow("three at once") << 10 << 3 << 20;
+        QTest::newRow("three at once, many before") << 1000 << 3 << 20;
+        QTest::newRow("no room") << 10 << 0 << 0;
+        QTest::newRow("no room for the old marker") << 10 << 3 << -1;
+        QTest::newRow("no room for the marker") << 10 << 0 << 50;
+        QTest::newRow("no room for the marker of three") << 10 << 3 << 152;
+    }
+
+    void whatAFullDiskRefusedIsNeverWrittenElsewhere()
+    {
+        QFETCH(int, rows);
+        QFETCH(int, bulk);
+        QFETCH(int, room);
+        Table large{{field("TEXT", 'C', 50)}};
+        large.records.fill(' ' + QByteArray(50, 'x'), rows);
+        const QByteArray bytes = large.bytes();
+        writeFile(path("full.dbf"), bytes);
+        QFile file(path("full.dbf"));
+        DbfTable table(&file);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+
+        std::optional<FileSizeLimit> limit(bytes.size() + room);
+        const DbfRecord blank(-1, {QString()});
+        const bool appended =
+            bulk ? table.appendRecords(QVector<DbfRecord>(bulk, blank)) : table.appendRecord(blank);
+        const int readable = table.readRecords(0, rows).size();
+        const bool updated = table.updateRecord(DbfRecord(5, {"updated"}));
+        table.readRecord(0);
+        file.close();
+        limit.reset();
+
+        QVERIFY(!appended && updated);
+        QCOMPARE(readable, rows);
+        QByteArray expected = bytes;
+        expected.replace(65 + 5 * 51, 51, " updated" + QByteArray(43, '\0'));
+        const int size =
+            bulk ? bytes.size() : bytes.size() - 1; // with the end marker put back, or not
+        QCOMPARE(readFile(path("full.dbf")).left(size), expected.left(size));
+    }
+
+    void countThatAFullDiskRefusesIsNoError()
+    {
+        {
+            FillingFile file(path("a.dbf"));
+            DbfTable table(&file);
+            QVERIFY(table.open(QIODevice::ReadWrite));
+            QVERIFY(table.appendRecord(DbfRecord(-1, {"new", true, "1"})) && !table.hasError());
+            QCOMPARE(table.recordCount(), 4);
+            QCOMPARE(table.readRecord(3).values.at(0), QVariant("new"));
+        }
+        const QByteArray before = sample().bytes();
+        const QByteArray after = readFile(path("a.dbf"));
+        QCOMPARE(after.size(), before.size() + 11);
+        QCOMPARE(after.left(before.size() - 1), before.left(before.size() - 1));
+    }
+
+    void fileThatCannotBeOpenedAgainStaysClosed()
+    {
+        QFile replaced(path("a.dbf"));
+        DbfTable table(&replaced);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        QVERIFY(QFile::rename(path("a.dbf"), path("b.dbf")));
+        writeFile(path("a.dbf"), "another");
+        QFile writeOnly(path("c.dbf"));
+        QVERIFY(writeOnly.open(QIODevice::WriteOnly));
+        DbfTable neverOpened(&writeOnly);
+        for (DbfTable* const one : {&table, &neverOpened}) {
+            const FileSizeLimit limit(0);
+            QVERIFY(!one->appendRecord({}));
+            QCOMPARE(one->lastError(), DbfTable::WriteError);
+            QVERIFY(!one->device()->isOpen());
+        }
+        QCOMPARE(readFile(path("a.dbf")), QByteArray("another"));
+        QCOMPARE(readFile(path("b.dbf")), sample().bytes());
+    }
+
+    void saveFileThatCannotBeWrittenIsNotCommitted()
+    {
+        QSaveFile file(path("a.dbf"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        DbfTable table(&file);
+        {
+            const FileSizeLimit limit(0);
+            QVERIFY(!table.appendRecord({}));
+        }
+        QCOMPARE(table.lastError(), DbfTable::WriteError);
+        QVERIFY(!file.commit());
+        QCOMPARE(readFile(path("a.dbf")), sample().bytes());
+    }
+
+    void ownWritesLeaveTheFileActual()
+    {
+        QFile file(path("a.dbf"));
+        DbfTable table(&file);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        const DbfRecord record(0, {"new", true, "1"});
+        QTest::qSleep(20);
+        QVERIFY(table.appendRecord(record) && table.appendRecords({record}));
+        QTest::qSleep(20); // what is written later than this would show in the file's time
+        QVERIFY(table.isActual() && table.isActual());
+        QVERIFY(table.updateRecord(record));
+        QVERIFY(table.isActual());
+    }
+
+    void reopeningEmptiesNoFile()
+    {
+        QFile file(path("a.dbf"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(sample().bytes()), qint64(sample().bytes().size()));
+        DbfTable table(&file);
+        QVERIFY(!table.reopen());
+        QCOMPARE(table.lastError(), DbfTable::ReadError);
+        QCOMPARE(readFile(path("a.dbf")), sample().bytes());
+    }
+
+    void bufferDoesNotGrowByReading()
+    {
+        QByteArray bytes = sample().bytes();
+        bytes[4] = 100;
+        const QByteArray before = bytes;
+        QBuffer buffer(&bytes);
+        DbfTable table(&buffer);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        QVERIFY(table.readRecord(90).isTransient() && table.isRecordDeleted(90));
+        QVERIFY(!table.appendRecord(table.blankRecord(0)));
+        QCOMPARE(table.lastError(), DbfTable::ReadError);
+        QCOMPARE(bytes, before);
+    }
+
+    void converterMayReadAnEmptySliceLikeAnyOther()
+    {
+        struct Number : DbfByteArrayConverter {
+            QVariant toVariant(const QByteArray& bytes, const DbfSchema&,
+                               const DbfFieldDescriptor&) const override
+            {
+                return bytes.toInt();
+            }
+        } number;
+        DbfSchema schema(
+            {DbfFieldDescriptor::stringField("A", 3), DbfFieldDescriptor::stringField("B", 3)},
+            nullptr);
+        for (DbfColumn& column : schema.columns)
+            column.setConverter(&number);
+        QCOMPARE(DbfTable::parseRecord(" 123", 0, schema).values, (QVector<QVariant>{123, 0}));
+    }
+
+    void progressIsToldAndObeyed()
+    {
+        Table large{{field("TEXT", 'C', 255)}};
+        large.records.fill(QByteArray(256, ' '), 40000); // 32768 of them make a batch
+        OpenTable open(large.bytes());
+        for (const bool stop : {false, true}) {
+            QVector<QPair<int, int>> calls;
+            RecordingDevice target;
+            const auto note = [&](int done, int total) {
+                calls.append({done, total});
+                return !stop;
+            };
+            QCOMPARE(open.table.copyAndTransform(&target, identityOf(open.table), note), !stop);
+            QCOMPARE(target.isOpen(), stop);
+            QVector<QPair<int, int>> expected{{32768, 40000}, {40000, 40000}};
+            expected.resize(stop ? 1 : 2);
+            QCOMPARE(calls, expected);
+        }
+        OpenTable empty(Table{{field("TEXT", 'C', 255)}}.bytes());
+        RecordingDevice target;
+        int calls = 0;
+        QVERIFY(empty.table.copyAndTransform(
+            &target, identityOf(empty.table),
+            [&](int done, int total) { return done + total == calls++; }));
+        QCOMPARE(calls, 1);
+    }
+
+    void hostileHeadersCostNothing_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("four billion records") << header(0xFFFFFFFF, 33, 65535);
+        QTest::newRow("records without bytes") << header(0x7FFFFFFF, 33, 0);
+        QTest::newRow("many records of a byte") << header(0x7FFFFFFF, 33, 1);
+        QTest::newRow("large header") << header(1, 65535, 10);
+    }
+
+    void hostileHeadersCostNothing()
+    {
+        QFETCH(QByteArray, bytes);
+        RecordingDevice device(bytes);
+        DbfTable table(&device);
+        if (!table.open(QIODevice::ReadOnly)) {
+            QCOMPARE(table.lastError(), DbfTable::ReadError);
+            return;
+        }
+        QVERIFY(table.readRecords(0, table.recordCount()).isEmpty());
+        QCOMPARE(table.lastError(), DbfTable::ReadError);
+        DbfRecordCursor cursor(table);
+        QVERIFY(!cursor.next() && cursor.hasError() && !cursor.next());
+        RecordingDevice target;
+        QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
+    }
 
 private:
     QString path(const char* name) const { return m_folder->filePath(QLatin1String(name)); }
 
     QScopedPointer<QTemporaryDir> m_folder;
 };
-
-void TestDevices::init()
-{
-    m_folder.reset(new QTemporaryDir);
-    writeFile(path("a.dbf"), sample().bytes());
-}
-
-void TestDevices::copyOntoItsOwnSourceIsRefused_data()
-{
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<bool>("works");
-    QTest::newRow("same path") << "a.dbf" << false;
-    QTest::newRow("other spelling") << "./nothing/../a.dbf" << false;
-    QTest::newRow("symbolic link") << "symbolic.dbf" << false;
-    QTest::newRow("hard link") << "hard.dbf" << false;
-    QTest::newRow("another file") << "b.dbf" << true;
-}
-
-void TestDevices::copyOntoItsOwnSourceIsRefused()
-{
-    QFETCH(QString, target);
-    QVERIFY(QDir(m_folder->path()).mkdir("nothing"));
-    QVERIFY(QFile::link("a.dbf", path("symbolic.dbf")));
-    QCOMPARE(::link(QFile::encodeName(path("a.dbf")).constData(),
-                    QFile::encodeName(path("hard.dbf")).constData()),
-             0);
-    writeFile(path("b.dbf"), "old");
-    QFile source(path("a.dbf"));
-    DbfTable table(&source);
-    QVERIFY(table.open(QIODevice::ReadOnly));
-    QFile file(m_folder->path() + '/' + target);
-    QTEST(table.copyAndTransform(&file, identityOf(table)), "works");
-    QVERIFY(!file.isOpen());
-    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
-}
-
-void TestDevices::copyOntoItsOwnBufferIsRefused()
-{
-    QByteArray bytes = sample().bytes();
-    QBuffer source(&bytes);
-    QBuffer target(&bytes);
-    DbfTable table(&source);
-    QVERIFY(table.open(QIODevice::ReadOnly));
-    QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
-    QVERIFY(!target.isOpen());
-    QCOMPARE(bytes, sample().bytes());
-}
-
-void TestDevices::saveFileRestructuresInPlace()
-{
-    for (const bool mayFallBack : {false, true}) {
-        QFile source(path("a.dbf"));
-        DbfTable table(&source);
-        QVERIFY(table.open(QIODevice::ReadOnly));
-        QSaveFile file(path("a.dbf"));
-        file.setDirectWriteFallback(mayFallBack);
-        DbfSchemaTransform transform = identityOf(table);
-        transform.deleteColumn(0);
-        QVERIFY(table.copyAndTransform(&file, transform));
-        QVERIFY(file.commit() && table.actualize());
-        QCOMPARE(table.schema().columns.size(), mayFallBack ? 1 : 2);
-        QCOMPARE(table.readRecords(0, 3).size(), 3);
-    }
-}
-
-void TestDevices::pipeIsATargetButNoTable()
-{
-    OpenTable open(sample().bytes());
-    Pipe pipe;
-    QVERIFY(open.table.copyAndTransform(&pipe, identityOf(open.table)));
-    QCOMPARE(pipe.content, sample().bytes());
-
-    DbfTable table(&pipe);
-    QVERIFY(table.open(QIODevice::ReadWrite));
-    QVERIFY(table.readRecords(0, 1).isEmpty());
-    QCOMPARE(table.lastError(), DbfTable::ReadError);
-    QVERIFY(!table.appendRecord(table.blankRecord(0)));
-    QVERIFY(pipe.content.isEmpty()); // all was read ahead, nothing written
-}
-
-// A null device, and one that was closed behind the table's back, fail without a word from Qt.
-void TestDevices::deviceThatIsGoneFails()
-{
-    OpenTable open(sample().bytes());
-    open.device.close();
-    DbfTable none(nullptr);
-    for (DbfTable* table : {&open.table, &none}) {
-        const DbfTableDescriptor descriptor = open.table.descriptor();
-        QIODevice* const device = table->device();
-        QCOMPARE(thrownBy([&] { DbfTable::seekRecord(device, 0, descriptor, 0); }),
-                 DbfTable::ReadError);
-        QCOMPARE(thrownBy([&] { DbfTable::readData(device, 1); }), DbfTable::ReadError);
-        QCOMPARE(thrownBy([&] { DbfTable::writeData(device, "x", 1); }), DbfTable::WriteError);
-        QCOMPARE(thrownBy([&] { DbfTable::writeEndMarker(device); }), DbfTable::WriteError);
-        DbfTable::updateRecordCount(device, 1);
-        QVERIFY(table->isRecordDeleted(0) && table->readRecords(0, 0).isEmpty());
-        QVERIFY(!table->appendRecord({}) && !table->appendRecords({{}}));
-        QCOMPARE(table->lastError(), DbfTable::ReadError);
-        RecordingDevice target;
-        QVERIFY(!table->copyAndTransform(&target, identityOf(*table)));
-    }
-    QVERIFY(!open.table.copyAndTransform(nullptr, identityOf(open.table)));
-    QCOMPARE(open.device.content, sample().bytes());
-}
-
-void TestDevices::sizelessDeviceIsReadWhole()
-{
-    Table large{{field("TEXT", 'C', 250)}};
-    large.records.fill(QByteArray(251, ' '), 100);
-    SizelessDevice device(large.bytes());
-    DbfTable table(&device);
-    QVERIFY(table.open(QIODevice::ReadOnly));
-    QCOMPARE(table.readRecords(0, 100).size(), 100);
-}
-
-void TestDevices::misplacingModesAreRefused_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::newRow("append") << int(QIODevice::Append);
-    QTest::newRow("text") << int(QIODevice::Text);
-}
-
-void TestDevices::misplacingModesAreRefused()
-{
-    QFETCH(int, mode);
-    QFile file(path("a.dbf"));
-    QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::OpenMode(mode)) && file.seek(0));
-    DbfTable table(&file);
-    QVERIFY(table.open(QIODevice::ReadWrite));
-    const DbfRecord record(0, {"new", true, "1"});
-    QVERIFY(!table.updateRecord(record));
-    QCOMPARE(table.lastError(), DbfTable::WriteError);
-    QVERIFY(!table.appendRecord(record) && !table.appendRecords({record}));
-    QFile target(path("b.dbf"));
-    QCOMPARE(table.copyAndTransform(&target, identityOf(table)), mode != QIODevice::Text);
-    file.close();
-    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
-}
-
-void TestDevices::fullDiskIsReported()
-{
-    OpenTable open(sample().bytes());
-    QFile full("/dev/full");
-    QVERIFY(!open.table.copyAndTransform(&full, identityOf(open.table)));
-    full.close();
-
-    DbfTable created(&full);
-    QVERIFY(!created.create(open.table.schema()));
-    QCOMPARE(created.lastError(), DbfTable::WriteError);
-}
-
-void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere_data()
-{
-    QTest::addColumn<int>("rows");
-    QTest::addColumn<int>("bulk");
-    QTest::newRow("one record") << 10 << 0;
-    QTest::newRow("one record, many before") << 1000 << 0;
-    QTest::newRow("three at once") << 10 << 3;
-    QTest::newRow("three at once, many before") << 1000 << 3;
-}
-
-void TestDevices::whatAFullDiskRefusedIsNeverWrittenElsewhere()
-{
-    QFETCH(int, rows);
-    QFETCH(int, bulk);
-    Table large{{field("TEXT", 'C', 50)}};
-    large.records.fill(' ' + QByteArray(50, 'x'), rows);
-    const QByteArray bytes = large.bytes();
-    writeFile(path("full.dbf"), bytes);
-    QFile file(path("full.dbf"));
-    DbfTable table(&file);
-    QVERIFY(table.open(QIODevice::ReadWrite));
-
-    std::optional<FileSizeLimit> limit(bytes.size() + 20);
-    const DbfRecord blank(-1, {QString()});
-    const bool appended =
-        bulk ? table.appendRecords(QVector<DbfRecord>(bulk, blank)) : table.appendRecord(blank);
-    const int readable = table.readRecords(0, rows).size();
-    const bool updated = table.updateRecord(DbfRecord(5, {"updated"}));
-    table.readRecord(0);
-    file.close();
-    limit.reset();
-
-    QVERIFY(!appended && updated);
-    QCOMPARE(readable, rows);
-    QByteArray expected = bytes;
-    expected.replace(65 + 5 * 51, 51, " updated" + QByteArray(43, '\0'));
-    const int size = bulk ? bytes.size() : bytes.size() - 1; // with the end marker put back, or not
-    QCOMPARE(readFile(path("full.dbf")).left(size), expected.left(size));
-}
-
-void TestDevices::countThatAFullDiskRefusesIsNoError()
-{
-    {
-        FillingFile file(path("a.dbf"));
-        DbfTable table(&file);
-        QVERIFY(table.open(QIODevice::ReadWrite));
-        QVERIFY(table.appendRecord(DbfRecord(-1, {"new", true, "1"})) && !table.hasError());
-        QCOMPARE(table.recordCount(), 4);
-        QCOMPARE(table.readRecord(3).values.at(0), QVariant("new"));
-    }
-    const QByteArray before = sample().bytes();
-    const QByteArray after = readFile(path("a.dbf"));
-    QCOMPARE(after.size(), before.size() + 11);
-    QCOMPARE(after.left(before.size() - 1), before.left(before.size() - 1));
-}
-
-void TestDevices::fileThatCannotBeOpenedAgainStaysClosed()
-{
-    QFile replaced(path("a.dbf"));
-    DbfTable table(&replaced);
-    QVERIFY(table.open(QIODevice::ReadWrite));
-    QVERIFY(QFile::rename(path("a.dbf"), path("b.dbf")));
-    writeFile(path("a.dbf"), "another");
-    QFile writeOnly(path("c.dbf"));
-    QVERIFY(writeOnly.open(QIODevice::WriteOnly));
-    DbfTable neverOpened(&writeOnly);
-    for (DbfTable* const one : {&table, &neverOpened}) {
-        const FileSizeLimit limit(0);
-        QVERIFY(!one->appendRecord({}));
-        QCOMPARE(one->lastError(), DbfTable::WriteError);
-        QVERIFY(!one->device()->isOpen());
-    }
-    QCOMPARE(readFile(path("a.dbf")), QByteArray("another"));
-    QCOMPARE(readFile(path("b.dbf")), sample().bytes());
-}
-
-void TestDevices::saveFileThatCannotBeWrittenIsNotCommitted()
-{
-    QSaveFile file(path("a.dbf"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    DbfTable table(&file);
-    {
-        const FileSizeLimit limit(0);
-        QVERIFY(!table.appendRecord({}));
-    }
-    QCOMPARE(table.lastError(), DbfTable::WriteError);
-    QVERIFY(!file.commit());
-    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
-}
-
-void TestDevices::ownWritesLeaveTheFileActual()
-{
-    QFile file(path("a.dbf"));
-    DbfTable table(&file);
-    QVERIFY(table.open(QIODevice::ReadWrite));
-    const DbfRecord record(0, {"new", true, "1"});
-    QTest::qSleep(20);
-    QVERIFY(table.appendRecord(record) && table.appendRecords({record}));
-    QTest::qSleep(20); // what is written later than this would show in the file's time
-    QVERIFY(table.isActual() && table.isActual());
-    QVERIFY(table.updateRecord(record));
-    QVERIFY(table.isActual());
-}
-
-void TestDevices::reopeningEmptiesNoFile()
-{
-    QFile file(path("a.dbf"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(sample().bytes()), qint64(sample().bytes().size()));
-    DbfTable table(&file);
-    QVERIFY(!table.reopen());
-    QCOMPARE(table.lastError(), DbfTable::ReadError);
-    QCOMPARE(readFile(path("a.dbf")), sample().bytes());
-}
-
-void TestDevices::bufferDoesNotGrowByReading()
-{
-    QByteArray bytes = sample().bytes();
-    bytes[4] = 100;
-    const QByteArray before = bytes;
-    QBuffer buffer(&bytes);
-    DbfTable table(&buffer);
-    QVERIFY(table.open(QIODevice::ReadWrite));
-    QVERIFY(table.readRecord(90).isTransient() && table.isRecordDeleted(90));
-    QVERIFY(!table.appendRecord(table.blankRecord(0)));
-    QCOMPARE(table.lastError(), DbfTable::ReadError);
-    QCOMPARE(bytes, before);
-}
-
-void TestDevices::converterMayReadAnEmptySliceLikeAnyOther()
-{
-    struct Number : DbfByteArrayConverter {
-        QVariant toVariant(const QByteArray& bytes, const DbfSchema&,
-                           const DbfFieldDescriptor&) const override
-        {
-            return bytes.toInt();
-        }
-    } number;
-    DbfSchema schema(
-        {DbfFieldDescriptor::stringField("A", 3), DbfFieldDescriptor::stringField("B", 3)},
-        nullptr);
-    for (DbfColumn& column : schema.columns)
-        column.setConverter(&number);
-    QCOMPARE(DbfTable::parseRecord(" 123", 0, schema).values, (QVector<QVariant>{123, 0}));
-}
-
-void TestDevices::progressIsToldAndObeyed()
-{
-    Table large{{field("TEXT", 'C', 255)}};
-    large.records.fill(QByteArray(256, ' '), 40000); // 32768 of them make a batch
-    OpenTable open(large.bytes());
-    for (const bool stop : {false, true}) {
-        QVector<QPair<int, int>> calls;
-        RecordingDevice target;
-        const auto note = [&](int done, int total) {
-            calls.append({done, total});
-            return !stop;
-        };
-        QCOMPARE(open.table.copyAndTransform(&target, identityOf(open.table), note), !stop);
-        QCOMPARE(target.isOpen(), stop);
-        QVector<QPair<int, int>> expected{{32768, 40000}, {40000, 40000}};
-        expected.resize(stop ? 1 : 2);
-        QCOMPARE(calls, expected);
-    }
-    OpenTable empty(Table{{field("TEXT", 'C', 255)}}.bytes());
-    RecordingDevice target;
-    int calls = 0;
-    QVERIFY(
-        empty.table.copyAndTransform(&target, identityOf(empty.table),
-                                     [&](int done, int total) { return done + total == calls++; }));
-    QCOMPARE(calls, 1);
-}
-
-void TestDevices::hostileHeadersCostNothing_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("four billion records") << header(0xFFFFFFFF, 33, 65535);
-    QTest::newRow("records without bytes") << header(0x7FFFFFFF, 33, 0);
-    QTest::newRow("many records of a byte") << header(0x7FFFFFFF, 33, 1);
-    QTest::newRow("large header") << header(1, 65535, 10);
-}
-
-void TestDevices::hostileHeadersCostNothing()
-{
-    QFETCH(QByteArray, bytes);
-    RecordingDevice device(bytes);
-    DbfTable table(&device);
-    if (!table.open(QIODevice::ReadOnly)) {
-        QCOMPARE(table.lastError(), DbfTable::ReadError);
-        return;
-    }
-    QVERIFY(table.readRecords(0, table.recordCount()).isEmpty());
-    QCOMPARE(table.lastError(), DbfTable::ReadError);
-    DbfRecordCursor cursor(table);
-    QVERIFY(!cursor.next() && cursor.hasError() && !cursor.next());
-    RecordingDevice target;
-    QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
-}
 
 QTEST_GUILESS_MAIN(TestDevices)
 

@@ -85,174 +85,167 @@ class TestExactness : public QObject
     Q_OBJECT
 
 private slots:
-    void textIsWhatTheCodecGives_data();
-    void textIsWhatTheCodecGives();
-    void oddCodecsAreAskedThemselves();
-    void numbersReadAsQtReadsThem();
-    void numbersAreWrittenAsQtWritesThem();
-    void datesReadAsQtReadsThem();
-    void datesAreWrittenAsQtWritesThem();
-    void copiedNumbersAreThoseOfTheConverters();
-};
-
-void TestExactness::textIsWhatTheCodecGives_data()
-{
-    QTest::addColumn<QTextCodec*>("codec");
-    QSet<QTextCodec*> codecs;
-    for (int id = 0; id < 256; ++id)
-        codecs.insert(QTextCodec::codecForMib(DbfTable::languageIdToMIB(id)));
-    for (int mib :
-         {3,   4,   5,    6,    7,    8,    9,    10,   11,   12,   13,   106,  109,  110,
-          111, 112, 1015, 2084, 2088, 2250, 2251, 2252, 2253, 2254, 2255, 2256, 2257, 2258})
-        codecs.insert(QTextCodec::codecForMib(mib));
-    codecs.remove(nullptr);
-    for (QTextCodec* codec : qAsConst(codecs))
-        QTest::newRow(codec->name().constData()) << codec;
-}
-
-void TestExactness::textIsWhatTheCodecGives()
-{
-    QFETCH(QTextCodec*, codec);
-    const DbfSchema schema({}, codec);
-    const DbfStringConverter* const converter = DbfStringConverter::instance();
-    Random random(1);
-    for (int i = 0; i < 3000; ++i) {
-        // Every byte alone first, then mixtures with runs of spaces, then texts the codec lacks.
-        QByteArray bytes = i < 256 ? QByteArray(1, static_cast<char>(i))
-                                   : randomBytes(random, {}, i % 50 ? 40 : 400) +
-                                         QByteArray(below(random, 20), ' ') +
-                                         randomBytes(random, " \t\xA0", 3);
-        const int size = bytes.contains('\0') ? bytes.indexOf('\0') : bytes.size();
-        QString text = codec->toUnicode(bytes.constData(), size, nullptr);
-        const QVariant value = converter->toVariant(bytes, schema, {});
-        QCOMPARE(value.toString(), text.trimmed());
-        QCOMPARE(value.isNull(), QVariant(text.trimmed()).isNull());
-
-        if (i % 3 == 0 && !text.isEmpty())
-            text[below(random, text.size())] = QChar(static_cast<ushort>(random()));
-        if (i % 7 == 0)
-            text += QChar(static_cast<ushort>(0xD800 + below(random, 0x800)));
-        QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
-                 codec->fromUnicode(text));
+    void textIsWhatTheCodecGives_data()
+    {
+        QTest::addColumn<QTextCodec*>("codec");
+        QSet<QTextCodec*> codecs;
+        for (int id = 0; id < 256; ++id)
+            codecs.insert(QTextCodec::codecForMib(DbfTable::languageIdToMIB(id)));
+        for (int mib :
+             {3,   4,   5,    6,    7,    8,    9,    10,   11,   12,   13,   106,  109,  110,
+              111, 112, 1015, 2084, 2088, 2250, 2251, 2252, 2253, 2254, 2255, 2256, 2257, 2258})
+            codecs.insert(QTextCodec::codecForMib(mib));
+        codecs.remove(nullptr);
+        for (QTextCodec* codec : qAsConst(codecs))
+            QTest::newRow(codec->name().constData()) << codec;
     }
-}
 
-void TestExactness::oddCodecsAreAskedThemselves()
-{
-    for (const OddCodec::Oddity oddity :
-         {OddCodec::DoublesLetters, OddCodec::ReadsPairs, OddCodec::WritesPairs}) {
-        auto* const codec = new OddCodec(oddity); // Qt owns and deletes codecs
-        const QByteArray bytes = "  x ae \xE6" + QByteArray(300, 'x') + ' ';
-        const QString text = codec->toUnicode(bytes).trimmed();
-        QCOMPARE(DbfStringConverter::instance()->toVariant(bytes, DbfSchema({}, codec), {}),
-                 QVariant(text));
-        QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
-                 codec->fromUnicode(text));
-        const DbfFieldDescriptor field = DbfFieldDescriptor::stringField({}, 9);
-        QCOMPARE(DbfStringConverter::instance()->toByteArray(QString::fromLatin1(" x\xE6 "),
-                                                             DbfSchema({}, codec), field),
-                 codec->fromUnicode(QString::fromLatin1("x\xE6")).leftJustified(9, '\0'));
-    }
-}
+    void textIsWhatTheCodecGives()
+    {
+        QFETCH(QTextCodec*, codec);
+        const DbfSchema schema({}, codec);
+        const DbfStringConverter* const converter = DbfStringConverter::instance();
+        Random random(1);
+        for (int i = 0; i < 3000; ++i) {
+            // Every byte alone first, then mixtures with runs of spaces, then texts the codec
+            // lacks.
+            QByteArray bytes = i < 256 ? QByteArray(1, static_cast<char>(i))
+                                       : randomBytes(random, {}, i % 50 ? 40 : 400) +
+                                             QByteArray(below(random, 20), ' ') +
+                                             randomBytes(random, " \t\xA0", 3);
+            const int size = bytes.contains('\0') ? bytes.indexOf('\0') : bytes.size();
+            QString text = codec->toUnicode(bytes.constData(), size, nullptr);
+            const QVariant value = converter->toVariant(bytes, schema, {});
+            QCOMPARE(value.toString(), text.trimmed());
+            QCOMPARE(value.isNull(), QVariant(text.trimmed()).isNull());
 
-void TestExactness::numbersReadAsQtReadsThem()
-{
-    Random random(2);
-    for (int i = 0; i < 100000; ++i) {
-        QByteArray text;
-        switch (i % 5) {
-        case 0:
-            text = randomBytes(random, "0123456789.-+ eE,", 12);
-            break;
-        case 1:
-            text =
-                randomBytes(random, "0123456789", 20) + '.' + randomBytes(random, "0123456789", 20);
-            break;
-        case 2: // digits enough to lie half way between two doubles
-            text = QByteArray::number(std::fmod(anyDouble(random), 1e15), 'f', below(random, 50));
-            break;
-        case 3: // whole fields of the usual look, some with one character gone wrong
-            text = (below(random, 3) ? "" : "-") + randomBytes(random, "0123456789", 9) +
-                   (below(random, 4) ? "." : "") + randomBytes(random, "0123456789", 9);
-            text = text.rightJustified(1 + below(random, 27), ' ', true);
-            if (i % 4 == 0)
-                text[below(random, text.size())] = static_cast<char>(random());
-            break;
-        default:
-            text =
-                QByteArray(below(random, 12), ' ') +
-                QByteArray::number(std::ldexp(below(random, 1 << 30), -below(random, 20)), 'f', 6) +
-                randomBytes(random, " \t\n", 2);
+            if (i % 3 == 0 && !text.isEmpty())
+                text[below(random, text.size())] = QChar(static_cast<ushort>(random()));
+            if (i % 7 == 0)
+                text += QChar(static_cast<ushort>(0xD800 + below(random, 0x800)));
+            QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
+                     codec->fromUnicode(text));
         }
-        const double expected = text.trimmed().toDouble();
-        const double read = DbfDoubleConverter::instance()->toVariant(text, {}, {}).toDouble();
-        QVERIFY2(isSameDouble(read, expected), text.constData());
     }
-}
 
-void TestExactness::numbersAreWrittenAsQtWritesThem()
-{
-    Random random(3);
-    for (int i = 0; i < 50000; ++i) {
-        const double number =
-            i % 3 == 0   ? anyDouble(random)
-            : i % 3 == 1 ? std::ldexp(below(random, 4000) - 2000, -below(random, 12)) // ties
-                         : (below(random, 2000001) - 1000000) / 1000.0;
-        const auto decimals = static_cast<unsigned char>(below(random, i % 5 == 0 ? 256 : 8));
-        const auto length = static_cast<unsigned char>(below(random, i % 5 == 0 ? 256 : 40));
-        const QByteArray expected =
-            QByteArray::number(number, 'f', decimals).rightJustified(length, ' ', true);
-        QCOMPARE(DbfDoubleConverter::instance()->toByteArray(
-                     number, {}, DbfFieldDescriptor::numberField({}, length, decimals)),
-                 expected);
+    void oddCodecsAreAskedThemselves()
+    {
+        for (const OddCodec::Oddity oddity :
+             {OddCodec::DoublesLetters, OddCodec::ReadsPairs, OddCodec::WritesPairs}) {
+            auto* const codec = new OddCodec(oddity); // Qt owns and deletes codecs
+            const QByteArray bytes = "  x ae \xE6" + QByteArray(300, 'x') + ' ';
+            const QString text = codec->toUnicode(bytes).trimmed();
+            QCOMPARE(DbfStringConverter::instance()->toVariant(bytes, DbfSchema({}, codec), {}),
+                     QVariant(text));
+            QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
+                     codec->fromUnicode(text));
+            const DbfFieldDescriptor field = DbfFieldDescriptor::stringField({}, 9);
+            QCOMPARE(DbfStringConverter::instance()->toByteArray(QString::fromLatin1(" x\xE6 "),
+                                                                 DbfSchema({}, codec), field),
+                     codec->fromUnicode(QString::fromLatin1("x\xE6")).leftJustified(9, '\0'));
+        }
     }
-}
 
-void TestExactness::datesReadAsQtReadsThem()
-{
-    Random random(4);
-    for (int i = 0; i < 200000; ++i) {
-        const QByteArray text =
-            i % 4 == 0 ? randomBytes(random, "0123456789 -+", 10)
-                       : QByteArray::number(100000000 + below(random, 9999) * 10000 +
-                                            below(random, 14) * 100 + below(random, 34))
-                             .mid(1);
-        const QDate expected(text.mid(0, 4).toInt(), text.mid(4, 2).toInt(),
-                             text.mid(6, 2).toInt());
-        const QVariant read = DbfDateConverter::instance()->toVariant(text, {}, {});
-        QVERIFY2(read.toDate() == expected && read.type() == QVariant::Date, text.constData());
+    void numbersReadAsQtReadsThem()
+    {
+        Random random(2);
+        for (int i = 0; i < 100000; ++i) {
+            QByteArray text;
+            switch (i % 5) {
+            case 0:
+                text = randomBytes(random, "0123456789.-+ eE,", 12);
+                break;
+            case 1:
+                text = randomBytes(random, "0123456789", 20) + '.' +
+                       randomBytes(random, "0123456789", 20);
+                break;
+            case 2: // digits enough to lie half way between two doubles
+                text =
+                    QByteArray::number(std::fmod(anyDouble(random), 1e15), 'f', below(random, 50));
+                break;
+            case 3: // whole fields of the usual look, some with one character gone wrong
+                text = (below(random, 3) ? "" : "-") + randomBytes(random, "0123456789", 9) +
+                       (below(random, 4) ? "." : "") + randomBytes(random, "0123456789", 9);
+                text = text.rightJustified(1 + below(random, 27), ' ', true);
+                if (i % 4 == 0)
+                    text[below(random, text.size())] = static_cast<char>(random());
+                break;
+            default:
+                text = QByteArray(below(random, 12), ' ') +
+                       QByteArray::number(std::ldexp(below(random, 1 << 30), -below(random, 20)),
+                                          'f', 6) +
+                       randomBytes(random, " \t\n", 2);
+            }
+            const double expected = text.trimmed().toDouble();
+            const double read = DbfDoubleConverter::instance()->toVariant(text, {}, {}).toDouble();
+            QVERIFY2(isSameDouble(read, expected), text.constData());
+        }
     }
-}
 
-void TestExactness::datesAreWrittenAsQtWritesThem()
-{
-    Random random(5);
-    for (int i = 0; i < 50000; ++i) {
-        const QDate date = QDate::fromJulianDay(below(random, i % 8 == 0 ? 10000000 : 5000000));
-        const DbfFieldDescriptor field({}, DbfFieldType::Date,
-                                       static_cast<unsigned char>(below(random, 12)), 0);
-        QCOMPARE(DbfDateConverter::instance()->toByteArray(date, {}, field),
-                 date.toString("yyyyMMdd").leftJustified(field.length, ' ', true).toLatin1());
+    void numbersAreWrittenAsQtWritesThem()
+    {
+        Random random(3);
+        for (int i = 0; i < 50000; ++i) {
+            const double number =
+                i % 3 == 0   ? anyDouble(random)
+                : i % 3 == 1 ? std::ldexp(below(random, 4000) - 2000, -below(random, 12)) // ties
+                             : (below(random, 2000001) - 1000000) / 1000.0;
+            const auto decimals = static_cast<unsigned char>(below(random, i % 5 == 0 ? 256 : 8));
+            const auto length = static_cast<unsigned char>(below(random, i % 5 == 0 ? 256 : 40));
+            const QByteArray expected =
+                QByteArray::number(number, 'f', decimals).rightJustified(length, ' ', true);
+            QCOMPARE(DbfDoubleConverter::instance()->toByteArray(
+                         number, {}, DbfFieldDescriptor::numberField({}, length, decimals)),
+                     expected);
+        }
     }
-}
 
-void TestExactness::copiedNumbersAreThoseOfTheConverters()
-{
-    QTextCodec* const codec = QTextCodec::codecForName("Windows-1251");
-    const DbfSchema source({DbfFieldDescriptor::numberField("N", 14, 3)}, codec);
-    DbfSchemaTransform transform = DbfSchemaTransform::identity(source);
-    transform.updateColumn(0, DbfFieldDescriptor::floatField("N", 3));
-    Random random(6);
-    for (int i = 0; i < 20000; ++i) {
-        const QByteArray field =
-            randomBytes(random, i % 2 ? "0123456789. -" : QByteArray("0123456789.-+eE \0\xA0", 18),
-                        14)
-                .rightJustified(14, ' ');
-        QCOMPARE(DbfTable::transformRecord(' ' + field, source, transform),
-                 ' ' + transformField(field, source, source.columns.at(0), transform.schema,
-                                      transform.schema.columns.at(0)));
+    void datesReadAsQtReadsThem()
+    {
+        Random random(4);
+        for (int i = 0; i < 200000; ++i) {
+            const QByteArray text =
+                i % 4 == 0 ? randomBytes(random, "0123456789 -+", 10)
+                           : QByteArray::number(100000000 + below(random, 9999) * 10000 +
+                                                below(random, 14) * 100 + below(random, 34))
+                                 .mid(1);
+            const QDate expected(text.mid(0, 4).toInt(), text.mid(4, 2).toInt(),
+                                 text.mid(6, 2).toInt());
+            const QVariant read = DbfDateConverter::instance()->toVariant(text, {}, {});
+            QVERIFY2(read.toDate() == expected && read.type() == QVariant::Date, text.constData());
+        }
     }
-}
+
+    void datesAreWrittenAsQtWritesThem()
+    {
+        Random random(5);
+        for (int i = 0; i < 50000; ++i) {
+            const QDate date = QDate::fromJulianDay(below(random, i % 8 == 0 ? 10000000 : 5000000));
+            const DbfFieldDescriptor field({}, DbfFieldType::Date,
+                                           static_cast<unsigned char>(below(random, 12)), 0);
+            QCOMPARE(DbfDateConverter::instance()->toByteArray(date, {}, field),
+                     date.toString("yyyyMMdd").leftJustified(field.length, ' ', true).toLatin1());
+        }
+    }
+
+    void copiedNumbersAreThoseOfTheConverters()
+    {
+        QTextCodec* const codec = QTextCodec::codecForName("Windows-1251");
+        const DbfSchema source({DbfFieldDescriptor::numberField("N", 14, 3)}, codec);
+        DbfSchemaTransform transform = DbfSchemaTransform::identity(source);
+        transform.updateColumn(0, DbfFieldDescriptor::floatField("N", 3));
+        Random random(6);
+        for (int i = 0; i < 20000; ++i) {
+            const QByteArray field =
+                randomBytes(random,
+                            i % 2 ? "0123456789. -" : QByteArray("0123456789.-+eE \0\xA0", 18), 14)
+                    .rightJustified(14, ' ');
+            QCOMPARE(DbfTable::transformRecord(' ' + field, source, transform),
+                     ' ' + transformField(field, source, source.columns.at(0), transform.schema,
+                                          transform.schema.columns.at(0)));
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(TestExactness)
 

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include "filesizelimit.h"
 #include "recordingdevice.h"
 #include "testtables.h"
 
@@ -393,40 +392,6 @@ private slots:
                 break;
         }
         QCOMPARE(fault.call - 1, operation.calls.at(fault.operation));
-    }
-
-    void fullDiskIsReported_data()
-    {
-        QTest::addColumn<int>("room");
-        for (const int room : {0, 1, 10, 11, 12})
-            QTest::newRow(QByteArray::number(room) + " bytes behind the records") << room;
-    }
-
-    // A file gathers what is written; that there is no room for it shows when it is flushed.
-    void fullDiskIsReported()
-    {
-        QFETCH(int, room);
-        const QString path = m_folder.filePath(QStringLiteral("full"));
-        const QByteArray bytes = sample().bytes();
-        writeFile(path, bytes);
-        QFile file(path);
-        DbfTable table(&file);
-        QVERIFY(table.open(QIODevice::ReadWrite));
-
-        std::optional<FileSizeLimit> limit(bytes.size() - 1 + room);
-        const bool appended = table.appendRecords({newRecord(0)});
-        const bool appendedAgain = table.appendRecord(newRecord(0));
-        table.close();
-        limit.reset();
-
-        const bool fits = room == 12;
-        QCOMPARE(appended, fits);
-        QVERIFY(!appendedAgain);
-        QCOMPARE(table.lastError(), DbfTable::WriteError);
-        QCOMPARE(table.recordCount(), fits ? 4 : 3);
-        const QStringList read = readAnew(readFile(path));
-        QCOMPARE(read.size(), table.recordCount());
-        QCOMPARE(read.mid(0, 3), readAnew(bytes));
     }
 };
 

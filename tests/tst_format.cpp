@@ -137,14 +137,6 @@ private slots:
         QCOMPARE(header(0x31, 2039, 1), QString("refused"));
     }
 
-    void recordOffsetsPassFourGigabytes()
-    {
-        QCOMPARE(DbfTable::recordOffset(100000, descriptorOf(3, 65505, 30000)),
-                 Q_INT64_C(3000065505));
-        QCOMPARE(DbfTable::recordOffset(2147483647, descriptorOf(3, 65535, 65535)),
-                 Q_INT64_C(140735340871680));
-    }
-
     void fieldDescriptorsAreReadAndWritten_data()
     {
         QTest::addColumn<QByteArray>("codec");

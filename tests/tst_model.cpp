@@ -13,18 +13,6 @@ class TestModel : public QObject
     Q_OBJECT
 
 private slots:
-    void factoriesFillTheDescriptor()
-    {
-        const auto number = DbfFieldDescriptor::floatField("F", 3);
-        QCOMPARE(number.type, DbfFieldType::Float);
-        QCOMPARE(int{number.length}, 20);
-        QCOMPARE(int{number.decimals}, 3);
-        QCOMPARE(QVector<DbfColumn>(1)[0].converter, DbfStringConverter::instance());
-        const auto truth = DbfFieldDescriptor::logicalField("L");
-        QCOMPARE(truth.type, DbfFieldType::Logical);
-        QCOMPARE(int{truth.length}, 1);
-    }
-
     void columnsNeedConversionUnlessOnlyNamesDiffer()
     {
         const DbfColumn column(DbfFieldDescriptor::numberField("A", 10, 2));
@@ -52,6 +40,7 @@ private slots:
         QCOMPARE(schema.columns.size(), 2);
         QCOMPARE(schema.columns[0].converter, DbfStringConverter::instance());
         QCOMPARE(schema.columns[1].converter, DbfByteArrayConverter::instance());
+        QCOMPARE(DbfColumn().converter, DbfStringConverter::instance());
         schema.setColumns({});
         QVERIFY(schema.columns.isEmpty());
         QCOMPARE(schema.codec, codec);

@@ -46,178 +46,171 @@ class TestRecordCursor : public QObject
     Q_OBJECT
 
 private slots:
-    void showsEachRecordInEveryForm();
-    void readsBlocksOfWholeRecords();
-    void visitsTheRangeAskedFor_data();
-    void visitsTheRangeAskedFor();
-    void deliversWholeRecordsBeforeAFailure();
-    void goesOnBesideOtherOperations();
-    void followsAReopenedTableOfTheSameLayoutOnly();
-    void bulkAppendWritesBlocksMarkerAndCount();
-    void bulkAppendOfAShortImageChangesNothing();
-};
+    void showsEachRecordInEveryForm()
+    {
+        OpenTable open(sample().bytes());
+        SpyConverter spy;
+        open.table.setFieldConverter(2, &spy);
+        DbfRecordCursor cursor(open.table);
+        QCOMPARE(cursor.index(), -1);
+        QVERIFY(cursor.bytes(0).empty() && cursor.text(0).isEmpty() && !cursor.value(0).isValid());
+        QVERIFY(cursor.record().isTransient() && cursor.record().values == QVector<QVariant>(3));
 
-void TestRecordCursor::showsEachRecordInEveryForm()
-{
-    OpenTable open(sample().bytes());
-    SpyConverter spy;
-    open.table.setFieldConverter(2, &spy);
-    DbfRecordCursor cursor(open.table);
-    QCOMPARE(cursor.index(), -1);
-    QVERIFY(cursor.bytes(0).empty() && cursor.text(0).isEmpty() && !cursor.value(0).isValid());
-    QVERIFY(cursor.record().isTransient() && cursor.record().values == QVector<QVariant>(3));
+        QVERIFY(cursor.next());
+        DbfRecordCursor moved(std::move(cursor));
+        QVERIFY(moved.next());
+        cursor = std::move(moved);
+        QCOMPARE(cursor.index(), 1);
+        QVERIFY(cursor.isDeleted());
+        QCOMPARE(QByteArray(cursor.bytes(0).data(), int(cursor.bytes(0).size())),
+                 QByteArray("Bob  "));
+        QCOMPARE(cursor.text(2).toString(), QString("20"));
+        QCOMPARE(spy.calls.size(), 0);
+        QCOMPARE(cursor.value(2), QVariant(QByteArray("  20")));
+        QCOMPARE(spy.calls, QByteArrayList{"read <  20> AMOUNT 2251"});
+        QCOMPARE(cursor.value(1), QVariant(false));
+        QCOMPARE(cursor.record().values, open.table.readRecord(1).values);
+        QVERIFY(cursor.record().isDeleted() && cursor.record().index() == 1);
+        open.table.overrideTextCodec(codec(106));
+        DbfRecordCursor unicode(open.table);
+        QVERIFY(unicode.next() && !unicode.isDeleted());
+        QCOMPARE(unicode.text(2).toString(), QString("1.5"));
+        for (int column : {-1, 3})
+            QVERIFY(cursor.bytes(column).empty() && cursor.text(column).isEmpty() &&
+                    !cursor.value(column).isValid());
 
-    QVERIFY(cursor.next());
-    DbfRecordCursor moved(std::move(cursor));
-    QVERIFY(moved.next());
-    cursor = std::move(moved);
-    QCOMPARE(cursor.index(), 1);
-    QVERIFY(cursor.isDeleted());
-    QCOMPARE(QByteArray(cursor.bytes(0).data(), int(cursor.bytes(0).size())), QByteArray("Bob  "));
-    QCOMPARE(cursor.text(2).toString(), QString("20"));
-    QCOMPARE(spy.calls.size(), 0);
-    QCOMPARE(cursor.value(2), QVariant(QByteArray("  20")));
-    QCOMPARE(spy.calls, QByteArrayList{"read <  20> AMOUNT 2251"});
-    QCOMPARE(cursor.value(1), QVariant(false));
-    QCOMPARE(cursor.record().values, open.table.readRecord(1).values);
-    QVERIFY(cursor.record().isDeleted() && cursor.record().index() == 1);
-    open.table.overrideTextCodec(codec(106));
-    DbfRecordCursor unicode(open.table);
-    QVERIFY(unicode.next() && !unicode.isDeleted());
-    QCOMPARE(unicode.text(2).toString(), QString("1.5"));
-    for (int column : {-1, 3})
-        QVERIFY(cursor.bytes(column).empty() && cursor.text(column).isEmpty() &&
-                !cursor.value(column).isValid());
+        QVERIFY(cursor.next() && !cursor.isDeleted() && !cursor.next() && !cursor.next());
+        QVERIFY(cursor.index() == -1 && !cursor.hasError() && !open.table.hasError());
+    }
 
-    QVERIFY(cursor.next() && !cursor.isDeleted() && !cursor.next() && !cursor.next());
-    QVERIFY(cursor.index() == -1 && !cursor.hasError() && !open.table.hasError());
-}
+    void readsBlocksOfWholeRecords()
+    {
+        OpenTable open(numbered(1000).bytes());
+        DbfRecordCursor cursor(open.table);
+        QCOMPARE(open.device.log(), QStringList());
+        QCOMPARE(visit(cursor), sequence(0, 1000));
+        // 655 records of 100 bytes fit 64 KiB; the header has 97 bytes.
+        QCOMPARE(open.device.log(),
+                 (QStringList{"seek 97", "read 65500", "seek 65597", "read 34500"}));
+    }
 
-void TestRecordCursor::readsBlocksOfWholeRecords()
-{
-    OpenTable open(numbered(1000).bytes());
-    DbfRecordCursor cursor(open.table);
-    QCOMPARE(open.device.log(), QStringList());
-    QCOMPARE(visit(cursor), sequence(0, 1000));
-    // 655 records of 100 bytes fit 64 KiB; the header has 97 bytes.
-    QCOMPARE(open.device.log(), (QStringList{"seek 97", "read 65500", "seek 65597", "read 34500"}));
-}
+    void visitsTheRangeAskedFor_data()
+    {
+        QTest::addColumn<int>("first");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("visited");
+        QTest::addColumn<bool>("fails");
+        QTest::newRow("all") << 0 << 5 << 5 << false;
+        QTest::newRow("some") << 1 << 3 << 3 << false;
+        QTest::newRow("none") << 5 << 0 << 0 << false;
+        QTest::newRow("more than there are") << 3 << 9 << 2 << true;
+        QTest::newRow("negative first") << -1 << 1 << 0 << true;
+        QTest::newRow("first behind the end") << 6 << 0 << 0 << true;
+        QTest::newRow("negative count") << 0 << -1 << 0 << true;
+        QTest::newRow("index overflow") << 5 << INT_MAX << 0 << true;
+    }
 
-void TestRecordCursor::visitsTheRangeAskedFor_data()
-{
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("visited");
-    QTest::addColumn<bool>("fails");
-    QTest::newRow("all") << 0 << 5 << 5 << false;
-    QTest::newRow("some") << 1 << 3 << 3 << false;
-    QTest::newRow("none") << 5 << 0 << 0 << false;
-    QTest::newRow("more than there are") << 3 << 9 << 2 << true;
-    QTest::newRow("negative first") << -1 << 1 << 0 << true;
-    QTest::newRow("first behind the end") << 6 << 0 << 0 << true;
-    QTest::newRow("negative count") << 0 << -1 << 0 << true;
-    QTest::newRow("index overflow") << 5 << INT_MAX << 0 << true;
-}
+    void visitsTheRangeAskedFor()
+    {
+        QFETCH(int, first);
+        QFETCH(int, count);
+        QFETCH(int, visited);
+        OpenTable open(numbered(5).bytes());
+        DbfRecordCursor cursor(open.table, first, count);
+        QCOMPARE(visit(cursor), sequence(first, visited));
+        QTEST(cursor.hasError(), "fails");
+        QCOMPARE(open.table.lastError(),
+                 cursor.hasError() ? DbfTable::ReadError : DbfTable::NoError);
 
-void TestRecordCursor::visitsTheRangeAskedFor()
-{
-    QFETCH(int, first);
-    QFETCH(int, count);
-    QFETCH(int, visited);
-    OpenTable open(numbered(5).bytes());
-    DbfRecordCursor cursor(open.table, first, count);
-    QCOMPARE(visit(cursor), sequence(first, visited));
-    QTEST(cursor.hasError(), "fails");
-    QCOMPARE(open.table.lastError(), cursor.hasError() ? DbfTable::ReadError : DbfTable::NoError);
+        OpenTable rest(numbered(5).bytes());
+        DbfRecordCursor toTheEnd(rest.table, first);
+        const bool isPossible = first >= 0 && first <= 5;
+        QCOMPARE(visit(toTheEnd), sequence(first, isPossible ? 5 - first : 0));
+        QCOMPARE(toTheEnd.hasError(), !isPossible);
+    }
 
-    OpenTable rest(numbered(5).bytes());
-    DbfRecordCursor toTheEnd(rest.table, first);
-    const bool isPossible = first >= 0 && first <= 5;
-    QCOMPARE(visit(toTheEnd), sequence(first, isPossible ? 5 - first : 0));
-    QCOMPARE(toTheEnd.hasError(), !isPossible);
-}
+    void deliversWholeRecordsBeforeAFailure()
+    {
+        QByteArray bytes = numbered(1000).bytes();
+        bytes.chop(150); // the end marker, the last record and half of the one before
+        OpenTable open(bytes);
+        DbfRecordCursor cursor(open.table);
+        QCOMPARE(visit(cursor), sequence(0, 998));
+        QVERIFY(cursor.hasError());
+        QCOMPARE(open.table.lastError(), DbfTable::ReadError);
+    }
 
-void TestRecordCursor::deliversWholeRecordsBeforeAFailure()
-{
-    QByteArray bytes = numbered(1000).bytes();
-    bytes.chop(150); // the end marker, the last record and half of the one before
-    OpenTable open(bytes);
-    DbfRecordCursor cursor(open.table);
-    QCOMPARE(visit(cursor), sequence(0, 998));
-    QVERIFY(cursor.hasError());
-    QCOMPARE(open.table.lastError(), DbfTable::ReadError);
-}
-
-void TestRecordCursor::goesOnBesideOtherOperations()
-{
-    OpenTable open(numbered(1000).bytes());
-    DbfRecordCursor cursor(open.table);
-    QVERIFY(cursor.next());
-    DbfRecord update = open.table.readRecord(999);
-    update.values[0] = 7000;
-    QVERIFY(open.table.updateRecord(update));
-    QVERIFY(open.table.appendRecord(update));
-    open.table.setFieldConverter(0, DbfDoubleConverter::instance());
-    open.table.overrideTextCodec(codec(2086));
-    QCOMPARE(cursor.value(0), QVariant("0"));
-    QVector<int> rest = sequence(1, 998);
-    QCOMPARE(visit(cursor), rest << 7000);
-    QVERIFY(!cursor.hasError());
-}
-
-void TestRecordCursor::followsAReopenedTableOfTheSameLayoutOnly()
-{
-    // A byte of the header length, of the record length, of the first column's name, its type.
-    for (const int place : {0, 8, 10, 32, 43}) {
-        const bool sameLayout = place == 0;
+    void goesOnBesideOtherOperations()
+    {
         OpenTable open(numbered(1000).bytes());
         DbfRecordCursor cursor(open.table);
         QVERIFY(cursor.next());
-        if (!sameLayout)
-            open.device.content[place] = place < 32 ? char(97 + 32) : 'X';
-        QVERIFY(open.table.reopen());
-        QCOMPARE(visit(cursor).size(), sameLayout ? 999 : 654);
-        QCOMPARE(cursor.hasError(), !sameLayout);
+        DbfRecord update = open.table.readRecord(999);
+        update.values[0] = 7000;
+        QVERIFY(open.table.updateRecord(update));
+        QVERIFY(open.table.appendRecord(update));
+        open.table.setFieldConverter(0, DbfDoubleConverter::instance());
+        open.table.overrideTextCodec(codec(2086));
+        QCOMPARE(cursor.value(0), QVariant("0"));
+        QVector<int> rest = sequence(1, 998);
+        QCOMPARE(visit(cursor), rest << 7000);
+        QVERIFY(!cursor.hasError());
     }
-    OpenTable open(numbered(1000).bytes());
-    DbfRecordCursor cursor(open.table);
-    QVERIFY(cursor.next());
-    open.table.close();
-    QCOMPARE(visit(cursor).size(), 654);
-    QVERIFY(cursor.hasError());
-}
 
-void TestRecordCursor::bulkAppendWritesBlocksMarkerAndCount()
-{
-    OpenTable single(numbered(2).bytes());
-    OpenTable bulk(numbered(2).bytes());
-    QVERIFY(bulk.table.appendRecords({}));
-    QCOMPARE(bulk.device.log(), QStringList());
+    void followsAReopenedTableOfTheSameLayoutOnly()
+    {
+        // A byte of the header length, of the record length, of the first column's name, its type.
+        for (const int place : {0, 8, 10, 32, 43}) {
+            const bool sameLayout = place == 0;
+            OpenTable open(numbered(1000).bytes());
+            DbfRecordCursor cursor(open.table);
+            QVERIFY(cursor.next());
+            if (!sameLayout)
+                open.device.content[place] = place < 32 ? char(97 + 32) : 'X';
+            QVERIFY(open.table.reopen());
+            QCOMPARE(visit(cursor).size(), sameLayout ? 999 : 654);
+            QCOMPARE(cursor.hasError(), !sameLayout);
+        }
+        OpenTable open(numbered(1000).bytes());
+        DbfRecordCursor cursor(open.table);
+        QVERIFY(cursor.next());
+        open.table.close();
+        QCOMPARE(visit(cursor).size(), 654);
+        QVERIFY(cursor.hasError());
+    }
 
-    QVector<DbfRecord> records;
-    for (int i = 0; i < 1000; ++i)
-        records << DbfRecord(i, {i, "text"});
-    records[5].setDeleted(true);
-    for (const DbfRecord& record : qAsConst(records))
-        QVERIFY(single.table.appendRecord(record));
-    QVERIFY(bulk.table.appendRecords(records));
-    QCOMPARE(bulk.device.content, single.device.content);
-    QCOMPARE(bulk.table.recordCount(), 1002);
-    QCOMPARE(bulk.device.log(), (QStringList{"seek 297", "write 65600", "write 34400", "write 1",
-                                             "seek 4", "write 4"}));
-}
+    void bulkAppendWritesBlocksMarkerAndCount()
+    {
+        OpenTable single(numbered(2).bytes());
+        OpenTable bulk(numbered(2).bytes());
+        QVERIFY(bulk.table.appendRecords({}));
+        QCOMPARE(bulk.device.log(), QStringList());
 
-void TestRecordCursor::bulkAppendOfAShortImageChangesNothing()
-{
-    OpenTable open(numbered(2).bytes());
-    const QByteArray before = open.device.content;
-    open.table.setFieldConverter(1, DbfByteArrayConverter::instance());
-    QVERIFY(!open.table.appendRecords(
-        {DbfRecord(-1, {1, QByteArray(92, 'x')}), DbfRecord(-1, {2, QByteArray(91, 'x')})}));
-    QCOMPARE(open.table.lastError(), DbfTable::WriteError);
-    QCOMPARE(open.device.content, before);
-    QCOMPARE(open.table.recordCount(), 2);
-}
+        QVector<DbfRecord> records;
+        for (int i = 0; i < 1000; ++i)
+            records << DbfRecord(i, {i, "text"});
+        records[5].setDeleted(true);
+        for (const DbfRecord& record : qAsConst(records))
+            QVERIFY(single.table.appendRecord(record));
+        QVERIFY(bulk.table.appendRecords(records));
+        QCOMPARE(bulk.device.content, single.device.content);
+        QCOMPARE(bulk.table.recordCount(), 1002);
+        QCOMPARE(bulk.device.log(), (QStringList{"seek 297", "write 65600", "write 34400",
+                                                 "write 1", "seek 4", "write 4"}));
+    }
+
+    void bulkAppendOfAShortImageChangesNothing()
+    {
+        OpenTable open(numbered(2).bytes());
+        const QByteArray before = open.device.content;
+        open.table.setFieldConverter(1, DbfByteArrayConverter::instance());
+        QVERIFY(!open.table.appendRecords(
+            {DbfRecord(-1, {1, QByteArray(92, 'x')}), DbfRecord(-1, {2, QByteArray(91, 'x')})}));
+        QCOMPARE(open.table.lastError(), DbfTable::WriteError);
+        QCOMPARE(open.device.content, before);
+        QCOMPARE(open.table.recordCount(), 2);
+    }
+};
 
 QTEST_APPLESS_MAIN(TestRecordCursor)
 

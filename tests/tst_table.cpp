@@ -334,15 +334,13 @@ private slots:
         QCOMPARE(opened.table.readRecord(3).values, newRecord(1).values);
     }
 
-    void failuresLeaveWhatIsPromised_data()
+    void impossibleRequestsAreRefused_data()
     {
         QTest::addColumn<Failure>("row");
         const auto row = [](const char* name, const Failure& failure) {
             QTest::newRow(name) << failure;
         };
         const QByteArray whole = sample().bytes();
-        const QByteArray records = whole.left(162);
-        const QByteArray made = Table{{field("A", 'C', 1)}}.bytes();
 
         const auto readRow = [&](const char* name, int index, const Device::Fault& fault = {}) {
             const auto record = [index](DbfTable& table) {
@@ -371,45 +369,19 @@ private slots:
         rangeRow("range wrapping to negative", 0, 195225787);  // Times 11: 2^31 + 9
         rangeRow("range wrapping to few bytes", 0, 390451573); // Times 11: 2^32 + 7
 
-        const auto update = [](DbfTable& t) { return t.updateRecord(newRecord(2)); };
-        const auto append = [](DbfTable& t) { return t.appendRecord(newRecord(2)); };
-        row("update, seek", {update, {Device::Seek, 1}, DbfTable::ReadError, whole});
-        row("update short", {update,
-                             {Device::Write, 1, Device::Short},
-                             DbfTable::WriteError,
-                             whole.left(151) + newImage.left(10) + whole.right(2)});
-        row("append, seek", {append, {Device::Seek, 1}, DbfTable::ReadError, whole});
-        row("append short", {append,
-                             {Device::Write, 1, Device::Short},
-                             DbfTable::WriteError,
-                             records + newImage.left(10)});
-        row("append, marker",
-            {append, {Device::Write, 2}, DbfTable::WriteError, records + newImage});
-        const QByteArray uncounted = records + newImage + '\x1A';
-        row("append, count's seek", {append, {Device::Seek, 2}, DbfTable::NoError, uncounted});
-        row("append, count", {append, {Device::Write, 3}, DbfTable::NoError, uncounted});
-
         const auto create = [](int columns, unsigned char length) {
             return [=](DbfTable& table) {
                 table.device()->close();
                 return table.create(schemaOf(columns, length));
             };
         };
-        const auto createRow = [&](const char* name, int call, Device::Outcome outcome, int size) {
-            const Device::Fault fault{Device::Write, call, outcome};
-            row(name, {create(1, 1), fault, DbfTable::WriteError, made.left(size)});
-        };
         const auto again = [](DbfTable& t) { return t.create({}); };
         row("create on an open device", {again, {}, DbfTable::OpenError, whole});
-        createRow("create, header short", 1, Device::Short, 31);
-        createRow("create, fields short", 2, Device::Short, 63);
-        createRow("create, terminator", 3, Device::Fail, 64);
-        createRow("create, end marker", 4, Device::Fail, 65);
         row("create, 2047 columns", {create(2047, 1), {}, DbfTable::HeaderTooLongError, {}});
         row("create, long records", {create(257, 255), {}, DbfTable::HeaderTooLongError, {}});
     }
 
-    void failuresLeaveWhatIsPromised()
+    void impossibleRequestsAreRefused()
     {
         QFETCH(Failure, row);
         OpenTable opened(sample().bytes());
@@ -421,7 +393,7 @@ private slots:
         QVERIFY(opened.table.isOpen() && opened.device.isOpen());
     }
 
-    void missingOrReadOnlyDevicesAreReported()
+    void readOnlyDevicesAreReported()
     {
         OpenTable opened(sample().bytes(), QIODevice::ReadOnly);
         QVERIFY(!opened.table.updateRecord(newRecord(0)));
@@ -430,22 +402,6 @@ private slots:
         QVERIFY(!opened.table.appendRecord(newRecord(0)));
         QCOMPARE(opened.table.lastError(), DbfTable::WriteError);
         QCOMPARE(opened.table.recordCount(), 3);
-        opened.table.error(DbfTable::NoError);
-
-        const DbfTable taken(std::move(opened.table));
-        DbfTable& table = opened.table; // Left with header and count, but no device.
-        QVERIFY(table.isActual() && table.actualize());
-        const auto codeAfter = [&](bool done) {
-            const DbfTable::DbfTableError code = done ? DbfTable::NoError : table.lastError();
-            table.error(DbfTable::NoError);
-            return code;
-        };
-        QCOMPARE(codeAfter(table.reopen()), DbfTable::OpenError);
-        QCOMPARE(codeAfter(table.create({})), DbfTable::OpenError);
-        QCOMPARE(codeAfter(!table.readRecord(0).isTransient()), DbfTable::ReadError);
-        QCOMPARE(codeAfter(!table.isRecordDeleted(0)), DbfTable::ReadError);
-        QCOMPARE(codeAfter(table.appendRecord({})), DbfTable::ReadError);
-        QCOMPARE(thrownBy([] { DbfTable::writeData(nullptr, "x", 1); }), DbfTable::WriteError);
     }
 
     void imagesAreCutButNeverFilledUp()
@@ -506,29 +462,6 @@ private slots:
         QCOMPARE(device.content, header(0, 33, 1, 0x03, 0) + "\x0D\x1A");
         QVERIFY(table.create(schemaOf(2046, 1)));
         QCOMPARE(device.content.size(), 65506);
-    }
-
-    void createdTableTakesRecords()
-    {
-        const QTemporaryDir folder;
-        QBuffer buffer;
-        QFile file(folder.filePath("table.dbf"));
-        for (const auto device : std::initializer_list<QIODevice*>{&buffer, &file}) {
-            DbfTable table(device);
-            QVERIFY(table.create({{DbfFieldDescriptor::stringField("NAME", 5),
-                                   DbfFieldDescriptor::logicalField("SURE"),
-                                   DbfFieldDescriptor::numberField("AMOUNT", 4, 1)},
-                                  codec(2251)}));
-            QVERIFY(table.open(QIODevice::ReadWrite));
-            QVERIFY(table.appendRecord(newRecord(7)) && table.appendRecord(newRecord(-1)));
-            QCOMPARE(table.readRecords(0, 2).value(1).values, newRecord(1).values);
-            table.close();
-            QVERIFY(!device->isOpen() && !table.isOpen());
-        }
-        Table expected = sample();
-        expected.records = {newImage, newImage};
-        QCOMPARE(buffer.data(), expected.bytes());
-        QCOMPARE(readFile(file.fileName()), expected.bytes());
     }
 
     void saveFileIsLeftToItsCommit()

@@ -4,8 +4,6 @@
 #include "recordingdevice.h"
 #include "testtables.h"
 
-#include <QtCore/QSaveFile>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <stdexcept>
@@ -132,38 +130,6 @@ private slots:
             QVERIFY(!source->table.hasError());
     }
 
-    void failedCopyLeavesTargetOpen_data()
-    {
-        QTest::addColumn<bool>("atSource");
-        QTest::addColumn<Device::Fault>("fault");
-        QTest::addColumn<int>("written");
-        const auto row = [](const char* name, bool atSource, Device::Operation operation, int call,
-                            int written) {
-            const Device::Fault fault{operation, call, Device::Short};
-            QTest::newRow(name) << atSource << fault << written;
-        };
-        row("source, seek", true, Device::Seek, 1, 129);
-        row("source, read", true, Device::Read, 1, 129);
-        row("header", false, Device::Write, 1, 31);
-        row("fields", false, Device::Write, 2, 127);
-        row("terminator", false, Device::Write, 3, 128);
-        row("last record", false, Device::Write, 6, 161);
-        row("end marker", false, Device::Write, 7, 162);
-    }
-
-    void failedCopyLeavesTargetOpen()
-    {
-        QFETCH(bool, atSource);
-        QFETCH(Device::Fault, fault);
-        QFETCH(int, written);
-        OpenTable source(sample().bytes());
-        Device target;
-        (atSource ? source.device : target).setFault(fault);
-        QVERIFY(!source.table.copyAndTransform(&target, identityOf(source.table)));
-        QCOMPARE(target.content, sample().bytes().left(written));
-        QVERIFY(target.isOpen() && source.table.isOpen() && !source.table.hasError());
-    }
-
     void targetMustOpenAndHaveRoomForTheHeader()
     {
         OpenTable source(sample().bytes());
@@ -232,27 +198,6 @@ private slots:
         target.setFault({Device::Write, 5, Device::Throw});
         QVERIFY_EXCEPTION_THROWN(copy(identity), std::runtime_error);
         QVERIFY(target.isOpen() && !source.table.hasError());
-    }
-
-    void saveFileReplacesTheSourceOnCommit()
-    {
-        const QTemporaryDir folder;
-        const QString path = folder.filePath("table.dbf");
-        writeFile(path, sample().bytes());
-        QFile file(path);
-        DbfTable table(&file);
-        QVERIFY(table.open(QIODevice::ReadOnly));
-        DbfSchemaTransform transform = identityOf(table);
-        transform.deleteColumn(0);
-        QSaveFile target(path);
-        QVERIFY(table.copyAndTransform(&target, transform));
-        QVERIFY(target.isOpen());
-        QCOMPARE(readFile(path), sample().bytes());
-        QVERIFY(target.commit());
-        Table expected = sample();
-        expected.fields.removeFirst();
-        expected.records = {" T 1.5", "*F  20", " T   3"};
-        QCOMPARE(readFile(path), expected.bytes());
     }
 };
 
