@@ -56,6 +56,9 @@ Report textOf(const DbfRecord& record)
 /// Reads the table in every way, recodes it, and hands decimals to the converters that take them.
 Report readAll(const QString& path)
 {
+    QVariant day = QDate(2024, 2, 29); // Qt itself gives some threads no text for their first date.
+    DbfStringConverter::instance()->convertVariant(day);
+
     QFile file(path);
     DbfTable table(&file);
     if (!table.open(QIODevice::ReadOnly))
@@ -79,7 +82,8 @@ Report readAll(const QString& path)
 
     QVariant decimal = QVariant::fromValue(QDecNumber("41.6"));
     const bool converted = DbfIntConverter::instance()->convertVariant(decimal);
-    return QStringLiteral("%1, %2 equal, copy %3 %4, decimal %5 %6")
+    return QStringLiteral("%1, %2, %3 equal, copy %4 %5, decimal %6 %7")
+        .arg(day.toString())
         .arg(text)
         .arg(equal)
         .arg(copied)
@@ -115,7 +119,7 @@ private slots:
             thread.join();
         for (const Report& report : reports)
             QCOMPARE(report, QStringLiteral(
-                                 "\u0410\u043D\u043D\u0430 1.5 2460370 2.5 true 2 3 4 "
+                                 "2024-02-29, \u0410\u043D\u043D\u0430 1.5 2460370 2.5 true 2 3 4 "
                                  "1.5 2.5, 3000 equal, copy 1 2080adada02024-02-29, decimal 1 42"));
     }
 };

@@ -4,6 +4,7 @@
 #include <dbf/converters/datetext_p.h>
 
 #include <QtCore/QString>
+#include <QtCore/QVariant>
 
 #include <algorithm>
 #include <array>
@@ -89,6 +90,15 @@ QDate readDate(std::string_view bytes)
             partByQt(text, dayOffset, partSize)};
 }
 
+void prepareDateText(const QVariant& value)
+{
+    const int type = value.userType();
+    if (type != QMetaType::QDate && type != QMetaType::QDateTime)
+        return;
+    static const QString madeReady = QDate(2000, 1, 1).toString(Qt::ISODate);
+    Q_UNUSED(madeReady)
+}
+
 void appendDateField(const QDate& date, int width, QByteArray& image)
 {
     const int start = image.size();
@@ -104,6 +114,7 @@ void appendDateField(const QDate& date, int width, QByteArray& image)
     int day = 0;
     date.getDate(&year, &month, &day);
     if (year < 1 || year > 9999) {
+        prepareDateText(date);
         const QByteArray text = date.toString(QStringLiteral("yyyyMMdd")).toLatin1();
         std::memcpy(field, text.constData(), static_cast<size_t>(std::min(text.size(), width)));
         return;

@@ -9,6 +9,8 @@
 
 #include <string_view>
 
+class QVariant;
+
 namespace dbf
 {
 
@@ -19,6 +21,10 @@ QDate readDate(std::string_view bytes);
 /// Appends \a date as yyyyMMdd, left-justified with spaces in, or cut to, \a width bytes; all
 /// spaces for an invalid one.
 void appendDateField(const QDate& date, int width, QByteArray& image);
+
+/// Must come before \a value is turned into text. If it is a date, makes ready what Qt needs for
+/// that: Qt does so on first use, but not safely for threads that come to it at once.
+void prepareDateText(const QVariant& value);
 
 } // namespace dbf
 

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/converters/datetext_p.h>
 #include <dbf/converters/dbfstringconverter.h>
 #include <dbf/converters/fieldtext_p.h>
 #include <dbf/converters/textcodec_p.h>
@@ -21,6 +22,7 @@ QByteArray DbfStringConverter::toByteArray(const QVariant& value, const DbfSchem
                                            const DbfFieldDescriptor& field) const
 {
     QByteArray bytes = emptyWithRoom(field.length);
+    prepareDateText(value);
     TextCodec(schema.codec).appendField(value.toString(), field.length, bytes);
     return bytes;
 }
@@ -33,6 +35,7 @@ QVariant DbfStringConverter::toVariant(const QByteArray& bytes, const DbfSchema&
 
 bool DbfStringConverter::convertVariant(QVariant& value) const
 {
+    prepareDateText(value);
     return value.convert(QMetaType::QString);
 }
 

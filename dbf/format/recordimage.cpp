@@ -81,11 +81,13 @@ void RecordImageCodec::appendValue(const QVariant& value, int column, QByteArray
     const DbfFieldDescriptor& descriptor = field.column->descriptor;
     switch (field.kind) {
     case FieldKind::Text:
-        if (value.userType() == QMetaType::QString)
+        if (value.userType() == QMetaType::QString) {
             m_textCodec.appendField(*static_cast<const QString*>(value.constData()),
                                     descriptor.length, image);
-        else
+        } else {
+            prepareDateText(value);
             m_textCodec.appendField(value.toString(), descriptor.length, image);
+        }
         break;
     case FieldKind::Number:
         appendNumberField(floatingValue<double>(value), descriptor.decimals, descriptor.length,
