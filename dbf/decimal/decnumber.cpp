@@ -34,10 +34,8 @@ qint32 decNumberToInt32(const QDecNumber* number, QDecContext*)
 {
     using Int32 = std::numeric_limits<qint32>;
 
-    const auto value = number->m_exponent == 0 ? number->toInteger() : std::nullopt;
-    if (!value || *value < Int32::min() || *value > Int32::max())
-        return 0;
-    return static_cast<qint32>(*value);
+    const qint64 value = number->m_exponent == 0 ? number->toInteger().value_or(0) : 0;
+    return value < Int32::min() || value > Int32::max() ? 0 : static_cast<qint32>(value);
 }
 
 char* decNumberToString(const QDecNumber* number, char* text)
