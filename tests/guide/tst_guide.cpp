@@ -20,7 +20,7 @@ private slots:
         const QString path = m_folder.filePath(QStringLiteral("goods"));
         QVERIFY(writeGoods(path));
         QCOMPARE(readFile(path).toHex(), hexOfFormatPage());
-        QVERIFY(writeGoods(QStringLiteral("goods.dbf"))); // For the example of the front page.
+        QVERIFY(writeGoods(QStringLiteral(EXAMPLE_TABLE))); // for the example of the front page
         QVERIFY(addRemarks(path));
         QString text;
         QTextStream out(&text);
