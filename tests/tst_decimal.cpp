@@ -206,12 +206,6 @@ private slots:
             QVERIFY2(decNumberToInt32(&number, &context) == 0, text);
         }
     }
-
-    void variantKeepsTheNumber()
-    {
-        const QVariant variant = QVariant::fromValue(QDecNumber("-12.50"));
-        QCOMPARE(variant.value<QDecNumber>().toString(), QStringLiteral("-12.50"));
-    }
 };
 
 QTEST_APPLESS_MAIN(TestDecimal)

@@ -5,7 +5,6 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QBuffer>
 #include <QtCore/QTextCodec>
 #include <QtTest/QtTest>
 
@@ -97,14 +96,6 @@ private slots:
             DbfTable::parseFieldDescriptors(block.view(), descriptorOf(0x03, 129, 1), nullptr);
         };
         QCOMPARE(thrownBy(parse), DbfTable::ReadError);
-        QBuffer device;
-        device.setData(QByteArray(100, 'x'));
-        QVERIFY(device.open(QIODevice::ReadOnly));
-        for (const auto& descriptor : {descriptorOf(0x03, 32, 1), descriptorOf(0x31, 295, 1)}) {
-            QCOMPARE(thrownBy([&] { DbfTable::readSchemaData(&device, descriptor); }),
-                     DbfTable::ReadError);
-            QCOMPARE(device.pos(), Q_INT64_C(0));
-        }
     }
 
     void newHeadersFitTheSchema()
@@ -126,14 +117,10 @@ private slots:
         };
         QCOMPARE(header(0, 3, 20), QString("03: 0, 66, 129 + 61"));
         QCOMPARE(header(0, 1057, 62), QString("03: 0, 66, 33857 + 65535"));
-        QCOMPARE(header(0, 257, 255), QString("refused"));
         QCOMPARE(header(0, 2047, 1), QString("refused"));
-        QCOMPARE(header(5, 0, 0), QString("05: 3000000000, 65, 33 + 1"));
-        QCOMPARE(header(5, 2046, 1), QString("05: 3000000000, 65, 65505 + 2047"));
         QCOMPARE(header(5, 257, 255), QString("refused"));
         QCOMPARE(header(5, 2047, 1), QString("refused"));
         QCOMPARE(header(0x30, 3, 20), QString("30: 3000000000, 65, 392 + 61"));
-        QCOMPARE(header(0x31, 2038, 1), QString("31: 3000000000, 65, 65512 + 2039"));
         QCOMPARE(header(0x31, 2039, 1), QString("refused"));
     }
 

@@ -60,39 +60,6 @@ private slots:
             }
         }
     }
-
-    void sizeCheckReportsWhatDoesNotFit_data()
-    {
-        QTest::addColumn<QVariantList>("values");
-        QTest::addColumn<QString>("overflows");
-
-        QTest::newRow("exact") << QVariantList{"abc", true, "abc"} << "";
-        QTest::newRow("two too long") << QVariantList{"abcd", true, "abc", 7} << " 0:4>3 3:4>2";
-        QTest::newRow("without converter") << QVariantList{"", true, "abcd"} << " 2:4>3";
-        QTest::newRow("cut to fit") << QVariantList{"", true, "", 7, "abcdef", 1} << " 3:4>2";
-        QTest::newRow("no values") << QVariantList{} << "";
-    }
-
-    void sizeCheckReportsWhatDoesNotFit()
-    {
-        QFETCH(QVariantList, values);
-        const DbfRecord record(0, values.toVector());
-        const auto text = DbfFieldDescriptor::stringField("C", 3);
-        DbfSchema schema({{"M", DbfFieldType('M'), 3, 0},
-                          DbfFieldDescriptor::logicalField("L"),
-                          text,
-                          DbfFieldDescriptor::numberField("N", 2, 0),
-                          text},
-                         nullptr);
-        schema.columns[2].setConverter(nullptr);
-        schema.columns[3].setConverter(DbfIntConverter::instance());
-
-        QString overflows;
-        for (const auto& overflow : checkRecordSizeOverflow(record, schema))
-            overflows += QString::asprintf(" %d:%d>%d", overflow.columnIndex, overflow.valueSize,
-                                           overflow.fieldLength);
-        QTEST(overflows, "overflows");
-    }
 };
 
 QTEST_APPLESS_MAIN(TestModel)

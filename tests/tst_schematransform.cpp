@@ -119,26 +119,6 @@ private slots:
         }
     }
 
-    void editsBuildOnOneAnother()
-    {
-        DbfSchemaTransform transform = DbfSchemaTransform::identity(sourceSchema());
-        transform.insertNewColumn(1, DbfFieldDescriptor::floatField("X", 2));
-        transform.moveColumn(3, 0);
-        QCOMPARE(shown(transform), QString("C2 A0 X- B1"));
-        QCOMPARE(DbfTable::transformRecord("*Text y20240229", sourceSchema(), transform),
-                 QByteArray("*20240229Text                  0.0y"));
-        transform.deleteColumn(1);
-        transform.updateColumn(2, DbfFieldDescriptor::logicalField("B2"));
-        QCOMPARE(shown(transform), QString("C2 X- B21"));
-        QCOMPARE(DbfTable::transformRecord("*Text y20240229", sourceSchema(), transform),
-                 QByteArray("*20240229                 0.0y"));
-        for (int i = 0; i < 3; ++i)
-            transform.deleteColumn(0);
-        QVERIFY(transform.schema.columns.isEmpty() && transform.sourceIndexes.isEmpty());
-        QCOMPARE(DbfTable::transformRecord("*Text y20240229", sourceSchema(), transform),
-                 QByteArray("*"));
-    }
-
     void editedColumnsGetDefaultConverters()
     {
         DbfSchema schema = sourceSchema();
