@@ -45,8 +45,8 @@ int zeroLowBytes(quint64 word)
     return static_cast<int>(qCountTrailingZeroBits(word)) / bitsPerByte;
 }
 
-/// Returns the last sixteen characters of \a bytes, filled up with spaces; nothing if others stand
-/// before them, or spaces at their end.
+/// Returns the last sixteen characters of \a bytes, with spaces before them if there are fewer;
+/// nothing if other than spaces stand before sixteen, or if the last eight are spaces.
 std::optional<Characters> lastSixteen(std::string_view bytes)
 {
     const auto size = static_cast<int>(bytes.size());
