@@ -50,7 +50,7 @@ bool isSameDouble(double a, double b)
 class OddCodec : public QTextCodec
 {
 public:
-    enum Oddity { DoublesLetters, ReadsPairs, WritesPairs };
+    enum Oddity { DoublesLetters, ReadsPairs, SwapsPairs, WritesPairs };
     explicit OddCodec(Oddity oddity) : m_oddity(oddity) {}
 
     QByteArray name() const override { return "X-ODD"; }
@@ -64,6 +64,8 @@ protected:
             text.replace('x', "xx");
         if (m_oddity == ReadsPairs)
             text.replace("ae", QChar(0xE6));
+        if (m_oddity == SwapsPairs)
+            text.replace("ae", "ea");
         return text;
     }
 
@@ -130,8 +132,8 @@ private slots:
 
     void oddCodecsAreAskedThemselves()
     {
-        for (const OddCodec::Oddity oddity :
-             {OddCodec::DoublesLetters, OddCodec::ReadsPairs, OddCodec::WritesPairs}) {
+        for (const OddCodec::Oddity oddity : {OddCodec::DoublesLetters, OddCodec::ReadsPairs,
+                                              OddCodec::SwapsPairs, OddCodec::WritesPairs}) {
             auto* const codec = new OddCodec(oddity); // Qt owns and deletes codecs
             const QByteArray bytes = "  x ae \xE6" + QByteArray(300, 'x') + ' ';
             const QString text = codec->toUnicode(bytes).trimmed();
