@@ -24,13 +24,13 @@ std::optional<Number> readBinary(std::string_view bytes)
     return qFromLittleEndian<Number>(bytes.data());
 }
 
-/// Appends \a number little-endian.
+/// Returns \a number little-endian.
 template <typename Number>
-void appendBinary(Number number, QByteArray& image)
+QByteArray binaryBytes(Number number)
 {
-    char bytes[sizeof(Number)];
-    qToLittleEndian(number, bytes);
-    image.append(bytes, sizeof(Number));
+    QByteArray bytes(sizeof(Number), Qt::Uninitialized);
+    qToLittleEndian(number, bytes.data());
+    return bytes;
 }
 
 /// Returns \a value as a number of type \a Number: itself if it holds one, else what a copy of it

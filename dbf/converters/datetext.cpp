@@ -46,17 +46,42 @@ bool isDate(int year, int month, int day)
     return day <= daysOfMonth[static_cast<size_t>(month - 1)] + leapDay;
 }
 
-// Counts days from 1 March of year 0, so that the leap day ends a year: months from March on begin
-// (153 m + 2) / 5 days into it.
+// Days are counted from 1 March of year 0, so that the leap day ends a year: months from March on
+// begin (153 m + 2) / 5 days into it.
+constexpr qint64 julianDayOfOrigin = 1721120; // 1 March of year 0
+
 QDate gregorianDate(int year, int month, int day)
 {
-    constexpr qint64 julianDayOfOrigin = 1721120; // 1 March of year 0
     const int marchMonth = month > 2 ? month - 3 : month + 9;
     const int marchYear = month > 2 ? year : year - 1;
     const int dayOfYear = (153 * marchMonth + 2) / 5 + day - 1;
     const int days =
         marchYear * 365 + marchYear / 4 - marchYear / 100 + marchYear / 400 + dayOfYear;
     return QDate::fromJulianDay(julianDayOfOrigin + days);
+}
+
+struct DateParts {
+    int year;
+    int month;
+    int day;
+};
+
+/// Returns the parts of a date from the origin on.
+DateParts gregorianParts(const QDate& date)
+{
+    constexpr int daysOf4Years = 4 * 365 + 1;
+    constexpr int daysOf100Years = 25 * daysOf4Years - 1;
+    constexpr int daysOf400Years = 4 * daysOf100Years + 1;
+    const auto days = static_cast<int>(date.toJulianDay() - julianDayOfOrigin);
+    const int day400 = days % daysOf400Years;
+    const int leapDays = day400 / (daysOf4Years - 1) - day400 / daysOf100Years +
+                         day400 / (daysOf400Years - 1);
+    const int year400 = (day400 - leapDays) / 365;
+    const int dayOfYear = day400 - (365 * year400 + year400 / 4 - year400 / 100);
+    const int marchMonth = (5 * dayOfYear + 2) / 153;
+    const int month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
+    return {400 * (days / daysOf400Years) + year400 + (month <= 2 ? 1 : 0), month,
+            dayOfYear - (153 * marchMonth + 2) / 5 + 1};
 }
 
 int partByQt(std::string_view text, size_t offset, size_t size)
@@ -99,29 +124,23 @@ void prepareDateText(const QVariant& value)
     Q_UNUSED(madeReady)
 }
 
-void appendDateField(const QDate& date, int width, QByteArray& image)
+void writeDateField(const QDate& date, char* field, int width)
 {
-    const int start = image.size();
-    image.resize(start + width);
-    char* const field = image.data() + start;
     std::memset(field, ' ', static_cast<size_t>(width));
     if (!date.isValid())
         return;
 
-    std::array<char, dateSize> digits;
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    date.getDate(&year, &month, &day);
-    if (year < 1 || year > 9999) {
+    if (date < gregorianDate(1, 1, 1) || date > gregorianDate(9999, 12, 31)) {
         prepareDateText(date);
         const QByteArray text = date.toString(QStringLiteral("yyyyMMdd")).toLatin1();
         std::memcpy(field, text.constData(), static_cast<size_t>(std::min(text.size(), width)));
         return;
     }
-    writeDigits(year, digits.data(), yearSize);
-    writeDigits(month, digits.data() + monthOffset, partSize);
-    writeDigits(day, digits.data() + dayOffset, partSize);
+    const DateParts parts = gregorianParts(date);
+    std::array<char, dateSize> digits;
+    writeDigits(parts.year, digits.data(), yearSize);
+    writeDigits(parts.month, digits.data() + monthOffset, partSize);
+    writeDigits(parts.day, digits.data() + dayOffset, partSize);
     std::memcpy(field, digits.data(), std::min(dateSize, static_cast<size_t>(width)));
 }
 

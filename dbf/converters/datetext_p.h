@@ -18,9 +18,9 @@ namespace dbf
 /// when QByteArray::toInt does not read it.
 QDate readDate(std::string_view bytes);
 
-/// Appends \a date as yyyyMMdd, left-justified with spaces in, or cut to, \a width bytes; all
-/// spaces for an invalid one.
-void appendDateField(const QDate& date, int width, QByteArray& image);
+/// Writes a field of \a width bytes that holds \a date as yyyyMMdd, left-justified with spaces or
+/// cut; all spaces for an invalid one.
+void writeDateField(const QDate& date, char* field, int width);
 
 /// Must come before \a value is turned into text. If it is a date, makes ready what Qt needs for
 /// that: Qt does so on first use, but not safely for threads that come to it at once.

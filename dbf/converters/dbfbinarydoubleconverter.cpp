@@ -17,9 +17,7 @@ DbfBinaryDoubleConverter* DbfBinaryDoubleConverter::instance()
 QByteArray DbfBinaryDoubleConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                                  const DbfFieldDescriptor& /*field*/) const
 {
-    QByteArray bytes;
-    appendBinary(floatingValue<double>(value), bytes);
-    return bytes;
+    return binaryBytes(floatingValue<double>(value));
 }
 
 QVariant DbfBinaryDoubleConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,

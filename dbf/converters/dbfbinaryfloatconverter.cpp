@@ -17,9 +17,7 @@ DbfBinaryFloatConverter* DbfBinaryFloatConverter::instance()
 QByteArray DbfBinaryFloatConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                                 const DbfFieldDescriptor& /*field*/) const
 {
-    QByteArray bytes;
-    appendBinary(floatingValue<float>(value), bytes);
-    return bytes;
+    return binaryBytes(floatingValue<float>(value));
 }
 
 QVariant DbfBinaryFloatConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,

@@ -18,8 +18,8 @@ DbfDateConverter* DbfDateConverter::instance()
 QByteArray DbfDateConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                          const DbfFieldDescriptor& field) const
 {
-    QByteArray bytes = emptyWithRoom(field.length);
-    appendDateField(value.toDate(), field.length, bytes);
+    QByteArray bytes(field.length, Qt::Uninitialized);
+    writeDateField(value.toDate(), bytes.data(), field.length);
     return bytes;
 }
 

@@ -19,8 +19,8 @@ DbfDoubleConverter* DbfDoubleConverter::instance()
 QByteArray DbfDoubleConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                            const DbfFieldDescriptor& field) const
 {
-    QByteArray bytes = emptyWithRoom(field.length);
-    appendNumberField(floatingValue<double>(value), field.decimals, field.length, bytes);
+    QByteArray bytes(field.length, Qt::Uninitialized);
+    writeNumberField(floatingValue<double>(value), field.decimals, bytes.data(), field.length);
     return bytes;
 }
 

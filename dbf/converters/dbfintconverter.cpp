@@ -18,9 +18,7 @@ DbfIntConverter* DbfIntConverter::instance()
 QByteArray DbfIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                         const DbfFieldDescriptor& /*field*/) const
 {
-    QByteArray bytes;
-    appendBinary(static_cast<qint32>(value.toInt()), bytes);
-    return bytes;
+    return binaryBytes(static_cast<qint32>(value.toInt()));
 }
 
 QVariant DbfIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,

@@ -34,9 +34,7 @@ DbfLargeIntConverter* DbfLargeIntConverter::instance()
 QByteArray DbfLargeIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                              const DbfFieldDescriptor& /*field*/) const
 {
-    QByteArray bytes;
-    appendBinary(static_cast<qint64>(value.toLongLong()), bytes);
-    return bytes;
+    return binaryBytes(static_cast<qint64>(value.toLongLong()));
 }
 
 QVariant DbfLargeIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,

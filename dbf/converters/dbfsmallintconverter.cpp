@@ -18,9 +18,7 @@ DbfSmallIntConverter* DbfSmallIntConverter::instance()
 QByteArray DbfSmallIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                              const DbfFieldDescriptor& /*field*/) const
 {
-    QByteArray bytes;
-    appendBinary(static_cast<qint16>(value.toInt()), bytes);
-    return bytes;
+    return binaryBytes(static_cast<qint16>(value.toInt()));
 }
 
 QVariant DbfSmallIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,

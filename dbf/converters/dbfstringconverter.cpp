@@ -21,9 +21,9 @@ DbfStringConverter* DbfStringConverter::instance()
 QByteArray DbfStringConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
                                            const DbfFieldDescriptor& field) const
 {
-    QByteArray bytes = emptyWithRoom(field.length);
+    QByteArray bytes(field.length, Qt::Uninitialized);
     prepareDateText(value);
-    TextCodec(schema.codec).appendField(value.toString(), field.length, bytes);
+    TextCodec(schema.codec).writeField(value.toString(), bytes.data(), field.length);
     return bytes;
 }
 

@@ -27,6 +27,14 @@ inline QByteArray emptyWithRoom(int size)
     return bytes;
 }
 
+/// Makes \a bytes longer by \a size and returns where the new ones are, which have any value.
+inline char* extend(QByteArray& bytes, int size)
+{
+    const int start = bytes.size();
+    bytes.resize(start + size);
+    return bytes.data() + start;
+}
+
 /// Returns a variant that holds \a text, without touching its reference count.
 inline QVariant textVariant(QString&& text)
 {

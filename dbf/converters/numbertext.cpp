@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 
 namespace dbf
 {
@@ -41,23 +42,41 @@ const char* readDigits(const char* position, const char* end, quint64& number)
     return position;
 }
 
-void appendRightJustified(const char* text, int size, int width, QByteArray& image)
+void writeRightJustified(const char* text, int size, char* field, int width)
 {
     const int kept = std::min(size, width);
-    const int start = image.size();
-    image.resize(start + width);
-    char* const field = image.data() + start;
     std::memset(field, ' ', static_cast<size_t>(width - kept));
     std::memcpy(field + (width - kept), text, static_cast<size_t>(kept));
 }
 
-// Exactly half way between two neighbours of the given precision, std::to_chars rounds to even and
-// Qt away from zero. Such a number is a whole multiple of 1 / 2^(decimals + 1), but not of
-// 1 / 2^decimals.
-bool mayBeTie(double number, int decimals)
+__extension__ using Product = unsigned __int128; // of two 64-bit numbers
+
+/// Returns \a magnitude, not negative, in units of its decimal number \a decimals, rounded exactly,
+/// halves up as QByteArray::number does it; nothing for what is too large or too long for this.
+std::optional<quint64> inUnitsOfLastDecimal(double magnitude, int decimals)
 {
-    const double scaled = std::ldexp(number, decimals);
-    return scaled != std::floor(scaled) && 2 * scaled == std::floor(2 * scaled);
+    constexpr std::array<quint64, 10> powersOfTen{1,      10,      100,      1000,      10000,
+                                                  100000, 1000000, 10000000, 100000000, 1000000000};
+    constexpr int fractionBits = std::numeric_limits<double>::digits - 1;
+    constexpr int exponentBias = std::numeric_limits<double>::max_exponent - 1 + fractionBits;
+    constexpr int productBits = 8 * sizeof(Product);
+    constexpr quint64 hiddenBit = Q_UINT64_C(1) << fractionBits;
+    if (magnitude == 0.0)
+        return 0;
+    if (decimals >= static_cast<int>(powersOfTen.size()))
+        return std::nullopt;
+
+    quint64 bits = 0;
+    std::memcpy(&bits, &magnitude, sizeof bits);
+    const int shift = exponentBias - static_cast<int>(bits >> fractionBits);
+    if (shift < 1 || shift >= productBits)
+        return std::nullopt;
+    const quint64 significand = (bits & (hiddenBit - 1)) | hiddenBit;
+    const Product product = Product(significand) * powersOfTen[static_cast<size_t>(decimals)];
+    const Product rounded = ((product >> (shift - 1)) + 1) >> 1;
+    if (rounded > std::numeric_limits<quint64>::max())
+        return std::nullopt;
+    return static_cast<quint64>(rounded);
 }
 
 } // namespace
@@ -115,21 +134,31 @@ double readNumber(std::string_view bytes)
     return QByteArray(text.data(), static_cast<int>(text.size())).toDouble();
 }
 
-void appendNumberField(double number, int decimals, int width, QByteArray& image)
+void writeNumberField(double number, int decimals, char* field, int width)
 {
-    // Longer texts are rare, and Qt formats them as well.
-    std::array<char, 64> text;
-    if (std::isfinite(number) && number != 0.0 && !mayBeTie(number, decimals)) {
-        const std::to_chars_result result = std::to_chars(
-            text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals);
-        if (result.ec == std::errc()) {
-            appendRightJustified(text.data(), static_cast<int>(result.ptr - text.data()), width,
-                                 image);
-            return;
-        }
+    std::optional<quint64> units = inUnitsOfLastDecimal(std::abs(number), decimals);
+    if (!units) {
+        const QByteArray formatted = QByteArray::number(number, 'f', decimals);
+        writeRightJustified(formatted.constData(), formatted.size(), field, width);
+        return;
     }
-    const QByteArray formatted = QByteArray::number(number, 'f', decimals);
-    appendRightJustified(formatted.constData(), formatted.size(), width, image);
+    std::array<char, 32> text;
+    char* const end = text.data() + text.size();
+    char* position = end;
+    const auto writeDigit = [&] {
+        *--position = static_cast<char>('0' + *units % 10);
+        *units /= 10;
+    };
+    for (int i = 0; i < decimals; ++i)
+        writeDigit();
+    if (decimals > 0)
+        *--position = '.';
+    do
+        writeDigit();
+    while (*units != 0);
+    if (number < 0)
+        *--position = '-';
+    writeRightJustified(position, static_cast<int>(end - position), field, width);
 }
 
 } // namespace dbf

@@ -23,9 +23,9 @@ std::string_view trimmedAscii(std::string_view bytes);
 /// Returns what QByteArray::toDouble reads in \a bytes once they are trimmed; 0.0 for no number.
 double readNumber(std::string_view bytes);
 
-/// Appends \a number in fixed-point notation (QByteArray::number), right-justified with spaces in
-/// \a width bytes or cut to its leftmost \a width.
-void appendNumberField(double number, int decimals, int width, QByteArray& image);
+/// Writes a field of \a width bytes that holds \a number in fixed-point notation
+/// (QByteArray::number), right-justified with spaces or cut to its leftmost \a width characters.
+void writeNumberField(double number, int decimals, char* field, int width);
 
 } // namespace dbf
 

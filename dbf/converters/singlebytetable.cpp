@@ -148,7 +148,7 @@ void SingleByteTable::readEncoding(const QTextCodec& codec)
         const QChar character(unit);
         const QByteArray bytes = codec.fromUnicode(&character, 1, nullptr);
         if (bytes.size() == 1 && this->unit(bytes.at(0)) == unit)
-            m_bytes[unit] = bytes.at(0);
+            m_bytes[unit] = static_cast<quint8>(bytes.at(0));
     }
 }
 
@@ -190,13 +190,14 @@ void SingleByteTable::decode(std::string_view bytes, char16_t* units) const
 
 bool SingleByteTable::encode(QStringView text, char* bytes) const
 {
+    const quint16* const table = m_bytes.data();
+    quint16 all = 0;
     for (const QChar character : text) {
-        const char byte = m_bytes[character.unicode()];
-        if (byte == noByte)
-            return false;
-        *bytes++ = byte;
+        const quint16 byte = table[character.unicode()];
+        all |= byte;
+        *bytes++ = static_cast<char>(byte);
     }
-    return true;
+    return (all & noByte) == 0;
 }
 
 } // namespace dbf

@@ -38,8 +38,7 @@ public:
     bool isAsciiTransparent() const { return m_asciiTransparent; }
 
 private:
-    // Stands for itself, too, which is left to the codec: texts hardly ever have a U+0000.
-    static constexpr char noByte = '\0';
+    static constexpr quint16 noByte = 0x100; // a bit that no byte has
 
     SingleByteTable() = default;
     char16_t unit(char byte) const { return m_units[static_cast<quint8>(byte)]; }
@@ -52,7 +51,7 @@ private:
     std::array<char16_t, 256> m_units{};
     std::array<bool, 256> m_isSpace{};
     std::vector<char16_t> m_pairs; // the units of all pairs of bytes; one look-up for two bytes
-    std::vector<char> m_bytes;     // by unit, noByte where none is exact
+    std::vector<quint16> m_bytes;  // by unit, noByte where none is exact
     bool m_asciiTransparent = false;
 };
 

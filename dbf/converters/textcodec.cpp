@@ -14,6 +14,27 @@
 namespace dbf
 {
 
+namespace
+{
+
+// No white space lies between these, where most letters do; Qt looks each of them up.
+bool isPlainlyNoSpace(QChar character)
+{
+    constexpr ushort noBreakSpace = 0xA0;
+    constexpr ushort oghamSpace = 0x1680;
+    const ushort unit = character.unicode();
+    return (unit > ' ' && unit < 0x7F) || (unit > noBreakSpace && unit < oghamSpace);
+}
+
+QStringView trimmed(QStringView text)
+{
+    if (text.isEmpty() || (isPlainlyNoSpace(text.front()) && isPlainlyNoSpace(text.back())))
+        return text;
+    return text.trimmed();
+}
+
+} // namespace
+
 TextCodec::TextCodec(QTextCodec* codec)
     : m_codec(usableCodec(codec)), m_table(SingleByteTable::of(m_codec))
 {
@@ -68,13 +89,10 @@ QByteArray TextCodec::encodeByCodec(QStringView text) const
     return m_codec->fromUnicode(units, static_cast<int>(text.size()), nullptr);
 }
 
-void TextCodec::appendField(QStringView text, int width, QByteArray& image) const
+void TextCodec::writeField(QStringView text, char* field, int width) const
 {
-    const QStringView trimmed = text.trimmed();
-    const QStringView content = trimmed.left(std::min<qsizetype>(trimmed.size(), width));
-    const int start = image.size();
-    image.resize(start + width);
-    char* const field = image.data() + start;
+    const QStringView whole = trimmed(text);
+    const QStringView content = whole.left(std::min<qsizetype>(whole.size(), width));
     qsizetype written = content.size();
     if (!m_table || !m_table->encode(content, field)) {
         const QByteArray bytes = encodeByCodec(content);

@@ -25,15 +25,51 @@ bool isDeletedImage(std::string_view image)
     return !image.empty() && image.front() == layout::deletedFlag;
 }
 
+namespace
+{
+
+constexpr int anySize = -1;
+
+int writtenSize(FieldKind kind, int length)
+{
+    switch (kind) {
+    case FieldKind::Text:
+    case FieldKind::Number:
+    case FieldKind::Date:
+        return length;
+    case FieldKind::Logical:
+        return sizeof(char);
+    case FieldKind::SmallInt:
+        return sizeof(qint16);
+    case FieldKind::Int:
+    case FieldKind::BinaryFloat:
+        return sizeof(qint32);
+    case FieldKind::LargeInt:
+    case FieldKind::BinaryDouble:
+        return sizeof(qint64);
+    case FieldKind::Bytes:
+    case FieldKind::Foreign:
+        break;
+    }
+    return anySize;
+}
+
+} // namespace
+
 RecordImageCodec::RecordImageCodec(const DbfSchema& schema)
     : m_schema(schema), m_textCodec(schema.codec)
 {
     m_fields.reserve(m_schema.columns.size());
     int offset = layout::deletionFlagSize;
+    m_writtenSize = layout::deletionFlagSize;
     for (const DbfColumn& column : m_schema.columns) {
-        m_fields.append({&column, offset, column.descriptor.length, fieldKind(column.converter)});
+        const FieldKind kind = fieldKind(column.converter);
+        const int size = writtenSize(kind, column.descriptor.length);
+        m_fields.append({&column, offset, column.descriptor.length, kind, size});
         offset += column.descriptor.length;
+        m_writtenSize = m_writtenSize == anySize || size == anySize ? anySize : m_writtenSize + size;
     }
+    m_image.reserve(offset);
 }
 
 // An invalid variant owns nothing: values are constructed over it, since assigning to it costs a
@@ -78,48 +114,51 @@ const QByteArray& RecordImageCodec::viewForConverter(std::string_view bytes)
 void RecordImageCodec::appendValue(const QVariant& value, int column, QByteArray& image)
 {
     const Field& field = m_fields[column];
-    const DbfFieldDescriptor& descriptor = field.column->descriptor;
+    if (field.writtenSize == anySize) {
+        image.append(
+            converterOf(*field.column)->toByteArray(value, m_schema, field.column->descriptor));
+    } else {
+        write(value, field, extend(image, field.writtenSize));
+    }
+}
+
+// Only for fields whose written size is known.
+void RecordImageCodec::write(const QVariant& value, const Field& field, char* bytes)
+{
     switch (field.kind) {
     case FieldKind::Text:
         if (value.userType() == QMetaType::QString) {
-            m_textCodec.appendField(*static_cast<const QString*>(value.constData()),
-                                    descriptor.length, image);
+            m_textCodec.writeField(*static_cast<const QString*>(value.constData()), bytes,
+                                   field.length);
         } else {
             prepareDateText(value);
-            m_textCodec.appendField(value.toString(), descriptor.length, image);
+            m_textCodec.writeField(value.toString(), bytes, field.length);
         }
         break;
     case FieldKind::Number:
-        appendNumberField(floatingValue<double>(value), descriptor.decimals, descriptor.length,
-                          image);
+        writeNumberField(floatingValue<double>(value), field.column->descriptor.decimals, bytes,
+                         field.length);
         break;
     case FieldKind::Date:
-        appendDateField(value.toDate(), descriptor.length, image);
+        writeDateField(value.toDate(), bytes, field.length);
         break;
     case FieldKind::Logical:
-        image.append(logicalLetter(value.toBool()));
-        break;
-    case FieldKind::Bytes:
-        image.append(value.toByteArray());
+        *bytes = logicalLetter(value.toBool());
         break;
     case FieldKind::SmallInt:
-        appendBinary(static_cast<qint16>(value.toInt()), image);
+        qToLittleEndian(static_cast<qint16>(value.toInt()), bytes);
         break;
     case FieldKind::Int:
-        appendBinary(qint32(value.toInt()), image);
+        qToLittleEndian(static_cast<qint32>(value.toInt()), bytes);
         break;
     case FieldKind::LargeInt:
-        appendBinary(qint64(value.toLongLong()), image);
+        qToLittleEndian(static_cast<qint64>(value.toLongLong()), bytes);
         break;
     case FieldKind::BinaryDouble:
-        appendBinary(floatingValue<double>(value), image);
+        qToLittleEndian(floatingValue<double>(value), bytes);
         break;
-    case FieldKind::BinaryFloat:
-        appendBinary(floatingValue<float>(value), image);
-        break;
-    case FieldKind::Foreign:
-        image.append(field.column->converter->toByteArray(value, m_schema, descriptor));
-        break;
+    default:
+        qToLittleEndian(floatingValue<float>(value), bytes);
     }
 }
 
@@ -135,13 +174,31 @@ DbfRecord RecordImageCodec::parse(std::string_view image, int index)
 
 void RecordImageCodec::append(const DbfRecord& record, QByteArray& image)
 {
-    image.append(record.isDeleted() ? layout::deletedFlag : layout::liveFlag);
+    const char flag = record.isDeleted() ? layout::deletedFlag : layout::liveFlag;
+    if (m_writtenSize != anySize && record.values.size() >= columnCount()) {
+        char* bytes = extend(image, m_writtenSize);
+        *bytes++ = flag;
+        const QVariant* value = record.values.constData();
+        for (const Field& field : m_fields) {
+            write(*value++, field, bytes);
+            bytes += field.writtenSize;
+        }
+        return;
+    }
+    image.append(flag);
     for (int column = 0; column < columnCount(); ++column) {
         if (column < record.values.size())
             appendValue(record.values.at(column), column, image);
         else
             image.append(m_fields[column].column->blankValueOfThisType());
     }
+}
+
+const QByteArray& RecordImageCodec::image(const DbfRecord& record)
+{
+    m_image.resize(0);
+    append(record, m_image);
+    return m_image;
 }
 
 DbfRecord DbfTable::parseRecord(const QByteArray& image, int index, const DbfSchema& schema)

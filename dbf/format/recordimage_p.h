@@ -35,6 +35,14 @@ class RecordImageCodec
 public:
     explicit RecordImageCodec(const DbfSchema& schema);
 
+    /// Whether this is the layout of \a schema as it is now.
+    bool isMadeFor(const DbfSchema& schema) const
+    {
+        // The copy kept here shares the columns until somebody changes theirs.
+        return schema.columns.constData() == m_schema.columns.constData() &&
+               schema.codec == m_schema.codec;
+    }
+
     int columnCount() const { return m_fields.size(); }
 
     /// Returns the bytes of column \a column, which must exist.
@@ -67,6 +75,9 @@ public:
     /// Appends the image of \a record.
     void append(const DbfRecord& record, QByteArray& image);
 
+    /// Returns the image of \a record, valid until the next call.
+    const QByteArray& image(const DbfRecord& record);
+
     int offset(int column) const { return m_fields[column].offset; }
     FieldKind kind(int column) const { return m_fields[column].kind; }
     const DbfColumn& column(int column) const { return *m_fields[column].column; }
@@ -78,14 +89,18 @@ private:
         int offset;
         unsigned char length;
         FieldKind kind;
+        int writtenSize; // what the column's converter always gives, in bytes; -1 for any number
     };
 
     const QByteArray& viewForConverter(std::string_view bytes);
+    void write(const QVariant& value, const Field& field, char* bytes);
 
     const DbfSchema m_schema; // a copy, since a caller's converter may rebuild the original
     TextCodec m_textCodec;
     QVarLengthArray<Field, 32> m_fields;
+    int m_writtenSize = 0; // of a whole image, -1 if that depends on the values
     QByteArray m_slice; // the view that converters get, reused so that none is allocated per field
+    QByteArray m_image; // reused for the same reason
 };
 
 } // namespace dbf

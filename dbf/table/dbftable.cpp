@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable_p.h>
 
 #include <limits>
@@ -36,7 +37,7 @@ DbfTable& DbfTable::operator=(DbfTable&& other) noexcept
     return *this;
 }
 
-// The schema goes first, being the last member, then the device goes to its release function.
+// The schema goes first, being among the last members, then the device to its release function.
 DbfTable::~DbfTable() = default;
 
 void swap(DbfTable& a, DbfTable& b) noexcept
@@ -47,6 +48,7 @@ void swap(DbfTable& a, DbfTable& b) noexcept
     swap(a.m_lastError, b.m_lastError);
     swap(a.m_opened, b.m_opened);
     swap(a.m_schema, b.m_schema);
+    swap(a.m_imageCodec, b.m_imageCodec);
 }
 
 void DbfTable::destroyDeviceAtExit(bool destroy)

@@ -24,6 +24,7 @@ namespace dbf
 {
 
 class DbfFieldConverter;
+class RecordImageCodec;
 struct DbfSchemaTransform;
 
 /// A table on a device: opens it, reads, rewrites and appends its records, creates it anew, and
@@ -395,6 +396,8 @@ private:
     bool recordingErrors(Operation operation);
     template <typename Operation>
     void writingWhole(Operation operation);
+    template <typename Operation>
+    void usingImageCodec(Operation operation);
 
     void seekSlotForAppending(int count);
     void finishAppending(int count);
@@ -407,6 +410,7 @@ private:
     DbfTableError m_lastError = NoError;
     bool m_opened = false;
     DbfSchema m_schema;
+    std::unique_ptr<RecordImageCodec> m_imageCodec; // kept between operations
 };
 
 /// Exchanges everything the two tables hold: device and release function, header, schema, recorded

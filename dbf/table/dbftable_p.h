@@ -4,7 +4,10 @@
 #ifndef DBF_TABLE_DBFTABLE_P_H
 #define DBF_TABLE_DBFTABLE_P_H
 
+#include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable.h>
+
+#include <utility>
 
 namespace dbf
 {
@@ -20,6 +23,19 @@ bool DbfTable::recordingErrors(Operation operation)
     } catch (DbfTableError code) {
         return error(code);
     }
+}
+
+/// Hands the RecordImageCodec of the table's schema to \a operation, the one of the last operation if
+/// it still fits. It is away from the table meanwhile: a caller's converter may come back to the
+/// table, and must neither share it nor delete it.
+template <typename Operation>
+void DbfTable::usingImageCodec(Operation operation)
+{
+    std::unique_ptr<RecordImageCodec> codec = std::move(m_imageCodec);
+    if (!codec || !codec->isMadeFor(m_schema))
+        codec = std::make_unique<RecordImageCodec>(m_schema);
+    operation(*codec);
+    m_imageCodec = std::move(codec);
 }
 
 /// Reads up to \a length bytes at the current position into \a data with one read, and no more than

@@ -15,7 +15,9 @@ DbfRecord DbfTable::readRecord(int index)
 {
     DbfRecord record;
     const bool read = recordingErrors([&] {
-        record = parseRecord(readRecordData(device(), index, m_descriptor), index, m_schema);
+        const QByteArray image = readRecordData(device(), index, m_descriptor);
+        usingImageCodec(
+            [&](RecordImageCodec& codec) { record = codec.parse(viewOf(image), index); });
     });
     return read ? record : blankRecord(-1);
 }
@@ -30,14 +32,16 @@ QVector<DbfRecord> DbfTable::readRecords(int first, int count)
         const QByteArray images =
             readRecordsData(device(), first, static_cast<unsigned>(count), m_descriptor);
         records.reserve(count);
-        RecordImageCodec codec(m_schema);
         const std::string_view all = viewOf(images);
         const size_t length = m_descriptor.recordLength;
-        for (int i = 0; i < count; ++i) {
-            const qint64 index = qMin<qint64>(qint64(first) + i, std::numeric_limits<int>::max());
-            records.append(codec.parse(all.substr(static_cast<size_t>(i) * length, length),
-                                       static_cast<int>(index)));
-        }
+        usingImageCodec([&](RecordImageCodec& codec) {
+            for (int i = 0; i < count; ++i) {
+                const qint64 index =
+                    qMin<qint64>(qint64(first) + i, std::numeric_limits<int>::max());
+                records.append(codec.parse(all.substr(static_cast<size_t>(i) * length, length),
+                                           static_cast<int>(index)));
+            }
+        });
     });
     return read ? records : QVector<DbfRecord>();
 }

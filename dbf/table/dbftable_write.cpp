@@ -36,10 +36,12 @@ bool DbfTable::updateRecord(const DbfRecord& record)
     return recordingErrors([&] {
         requireExactWrites(device());
         seekRecord(device(), index, m_descriptor, 0);
-        const QByteArray image = serializeRecord(record, m_descriptor, m_schema);
-        writingWhole([&] {
-            writeData(device(), image, m_descriptor.recordLength);
-            flushWrites(device());
+        usingImageCodec([&](RecordImageCodec& codec) {
+            const QByteArray& image = codec.image(record);
+            writingWhole([&] {
+                writeData(device(), image, m_descriptor.recordLength);
+                flushWrites(device());
+            });
         });
     });
 }
@@ -48,10 +50,12 @@ bool DbfTable::appendRecord(const DbfRecord& record)
 {
     return recordingErrors([&] {
         seekSlotForAppending(1);
-        const QByteArray image = serializeRecord(record, m_descriptor, m_schema);
-        writingWhole([&] {
-            writeData(device(), image, m_descriptor.recordLength);
-            finishAppending(1);
+        usingImageCodec([&](RecordImageCodec& codec) {
+            const QByteArray& image = codec.image(record);
+            writingWhole([&] {
+                writeData(device(), image, m_descriptor.recordLength);
+                finishAppending(1);
+            });
         });
     });
 }
@@ -119,20 +123,21 @@ void DbfTable::finishAppending(int count)
 void DbfTable::writeImages(const QVector<DbfRecord>& records, bool& writing)
 {
     const int recordLength = m_descriptor.recordLength;
-    RecordImageCodec codec(m_schema);
     QByteArray block = emptyWithRoom(appendBlockSize + recordLength);
-    for (const DbfRecord& record : records) {
-        const int start = block.size();
-        codec.append(record, block);
-        if (block.size() - start < recordLength)
-            throw WriteError;
-        block.resize(start + recordLength);
-        if (block.size() >= appendBlockSize) {
-            writing = true;
-            writeData(device(), block, block.size());
-            block.resize(0);
+    usingImageCodec([&](RecordImageCodec& codec) {
+        for (const DbfRecord& record : records) {
+            const int start = block.size();
+            codec.append(record, block);
+            if (block.size() - start < recordLength)
+                throw WriteError;
+            block.resize(start + recordLength);
+            if (block.size() >= appendBlockSize) {
+                writing = true;
+                writeData(device(), block, block.size());
+                block.resize(0);
+            }
         }
-    }
+    });
     if (!block.isEmpty()) {
         writing = true;
         writeData(device(), block, block.size());

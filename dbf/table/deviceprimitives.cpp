@@ -6,6 +6,7 @@
 #include <dbf/table/fileidentity_p.h>
 
 #include <QtCore/QBuffer>
+#include <QtCore/QFile>
 #include <QtCore/QFileDevice>
 #include <QtCore/QSaveFile>
 #include <QtCore/QtEndian>
@@ -33,9 +34,22 @@ bool canWrite(const QIODevice* device)
     return device && device->isWritable();
 }
 
+// Told without a walk through its base classes, which takes a while for each record.
+bool isPlainFile(const QIODevice* device)
+{
+    return device && device->metaObject() == &QFile::staticMetaObject;
+}
+
+QFileDevice* asFileDevice(QIODevice* device)
+{
+    return isPlainFile(device) ? static_cast<QFile*>(device) : qobject_cast<QFileDevice*>(device);
+}
+
 // A QBuffer fills up the way to any position that it is sent to.
 bool wouldGrow(const QIODevice* device, qint64 position)
 {
+    if (isPlainFile(device))
+        return false;
     const auto* const buffer = qobject_cast<const QBuffer*>(device);
     return buffer && position > buffer->size();
 }
@@ -84,8 +98,8 @@ void requireExactWrites(const QIODevice* device)
 
 void flushWrites(QIODevice* device)
 {
-    auto* const file = qobject_cast<QFileDevice*>(device);
-    if (file && file->isOpen() && !file->flush())
+    auto* const file = asFileDevice(device);
+    if (file && !file->flush())
         throw DbfTable::WriteError;
 }
 

@@ -104,17 +104,18 @@ void RecordTransformer::perform(const Step& step, std::string_view image, QByteA
     case Action::AskForBlank:
         target.append(m_target.column(step.targetColumn).blankValueOfThisType());
         break;
-    case Action::RecodeText:
-        m_target.textCodec().appendField(m_source.textCodec().decode(bytes, m_text),
-                                         m_target.column(step.targetColumn).descriptor.length,
-                                         target);
+    case Action::RecodeText: {
+        const QStringView text = m_source.textCodec().decode(bytes, m_text);
+        const int width = m_target.column(step.targetColumn).descriptor.length;
+        m_target.textCodec().writeField(text, extend(target, width), width);
         break;
+    }
     case Action::NumberText: {
         const DbfFieldDescriptor& field = m_target.column(step.targetColumn).descriptor;
         const std::string_view text = trimmedAscii(bytes.substr(0, bytes.find('\0')));
         const std::optional<double> number = text.empty() ? 0.0 : readPlainNumber(text);
         if (number)
-            appendNumberField(*number, field.decimals, field.length, target);
+            writeNumberField(*number, field.decimals, extend(target, field.length), field.length);
         else
             convert(step, bytes, target);
         break;
