@@ -39,7 +39,7 @@ bool isLeapYear(int year)
 
 bool isDate(int year, int month, int day)
 {
-    constexpr std::array<int, 12> daysOfMonth{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    static constexpr std::array daysOfMonth{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     if (year < 1 || month < 1 || month > 12 || day < 1)
         return false;
     const int leapDay = month == 2 && isLeapYear(year) ? 1 : 0;

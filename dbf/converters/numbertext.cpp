@@ -55,8 +55,8 @@ __extension__ using Product = unsigned __int128; // of two 64-bit numbers
 /// halves up as QByteArray::number does it; nothing for what is too large or too long for this.
 std::optional<quint64> inUnitsOfLastDecimal(double magnitude, int decimals)
 {
-    constexpr std::array<quint64, 10> powersOfTen{1,      10,      100,      1000,      10000,
-                                                  100000, 1000000, 10000000, 100000000, 1000000000};
+    static constexpr std::array<quint64, 10> powersOfTen{
+        1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
     constexpr int fractionBits = std::numeric_limits<double>::digits - 1;
     constexpr int exponentBias = std::numeric_limits<double>::max_exponent - 1 + fractionBits;
     constexpr int productBits = 8 * sizeof(Product);

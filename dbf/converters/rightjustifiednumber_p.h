@@ -17,8 +17,9 @@ namespace dbf
 /// are exact as doubles, so that the one division rounds once, hence correctly.
 inline double fixedPointNumber(quint64 digits, int decimals, bool negative)
 {
-    constexpr std::array powersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    // Static, or it is built anew for each number.
+    static constexpr std::array powersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     const double magnitude =
         static_cast<double>(digits) / powersOfTen[static_cast<size_t>(decimals)];
     return negative ? -magnitude : magnitude;

@@ -43,11 +43,6 @@ const CachedTable* findCached(const QTextCodec* codec)
     return entry;
 }
 
-bool hasZeroByte(quint64 word)
-{
-    return ((word - Q_UINT64_C(0x0101010101010101)) & ~word & Q_UINT64_C(0x8080808080808080)) != 0;
-}
-
 struct Padding {
     bool hasNul;
     const char* end; // of what is left without the spaces at the end
@@ -57,21 +52,22 @@ struct Padding {
 // ends would be less to do, and slower: that place cannot be predicted.
 Padding paddingOf(const char* begin, const char* end)
 {
-    Padding padding{false, begin};
-    const auto look = [&padding](const char* position) {
+    quint64 zeros = 0; // highest bits of bytes that are zero, and others
+    quint64 lastOthers = 0;
+    const char* lastPosition = begin - wordSize;
+    const auto look = [&](const char* position) {
         const auto word = qFromLittleEndian<quint64>(position);
+        zeros |= (word - Q_UINT64_C(0x0101010101010101)) & ~word;
         const quint64 others = word ^ eightSpaces;
-        const char* const endOfOthers =
-            position + wordSize - qCountLeadingZeroBits(others) / bitsPerByte;
-        padding.hasNul |= hasZeroByte(word);
-        padding.end = others != 0 ? endOfOthers : padding.end;
+        lastPosition = others != 0 ? position : lastPosition;
+        lastOthers = others != 0 ? others : lastOthers;
     };
     const char* position = begin;
-    for (; end - position >= wordSize; position += wordSize)
+    for (const char* const last = end - wordSize; position < last; position += wordSize)
         look(position);
-    if (position != end)
-        look(end - wordSize);
-    return padding;
+    look(end - wordSize);
+    const int spaces = lastOthers == 0 ? 0 : qCountLeadingZeroBits(lastOthers) / bitsPerByte;
+    return {(zeros & Q_UINT64_C(0x8080808080808080)) != 0, lastPosition + wordSize - spaces};
 }
 
 } // namespace
@@ -173,19 +169,24 @@ std::string_view SingleByteTable::content(std::string_view bytes) const
 
 void SingleByteTable::decode(std::string_view bytes, char16_t* units) const
 {
-    const char* byte = bytes.data();
-    const char* const end = byte + bytes.size();
     const char16_t* const pairs = m_pairs.data();
     const auto decodePair = [pairs](const char* pair, char16_t* decoded) {
         const size_t index = qFromLittleEndian<quint16>(pair);
         std::memcpy(decoded, pairs + 2 * index, 2 * sizeof(char16_t));
     };
-    for (; end - byte >= 4; byte += 4, units += 4) {
-        decodePair(byte, units);
-        decodePair(byte + 2, units + 2);
+    const auto decodeWord = [&](size_t start) {
+        for (size_t i = start; i < start + wordSize; i += 2)
+            decodePair(bytes.data() + i, units + i);
+    };
+    if (bytes.size() < wordSize) {
+        for (size_t i = 0; i < bytes.size(); ++i)
+            units[i] = unit(bytes[i]);
+        return;
     }
-    for (; byte < end; ++byte, ++units)
-        *units = unit(*byte);
+    const size_t last = bytes.size() - wordSize;
+    for (size_t start = 0; start < last; start += wordSize)
+        decodeWord(start);
+    decodeWord(last);
 }
 
 bool SingleByteTable::encode(QStringView text, char* bytes) const
