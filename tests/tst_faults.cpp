@@ -19,7 +19,7 @@ using Device = RecordingDevice;
 namespace
 {
 
-constexpr int fillers = 120;
+constexpr int fillers = 200;
 constexpr int recordsStart = 33 + 32 * (3 + fillers);
 constexpr int recordLength = 11 + 255 * fillers;
 constexpr int recordCount = 3;

@@ -85,13 +85,13 @@ private slots:
 
     void readsBlocksOfWholeRecords()
     {
-        OpenTable open(numbered(1000).bytes());
+        OpenTable open(numbered(2000).bytes());
         DbfRecordCursor cursor(open.table);
         QCOMPARE(open.device.log(), QStringList());
-        QCOMPARE(visit(cursor), sequence(0, 1000));
-        // 655 records of 100 bytes fit 64 KiB; the header has 97 bytes.
+        QCOMPARE(visit(cursor), sequence(0, 2000));
+        // 1310 records of 100 bytes fit 128 KiB; the header has 97 bytes.
         QCOMPARE(open.device.log(),
-                 (QStringList{"seek 97", "read 65500", "seek 65597", "read 34500"}));
+                 (QStringList{"seek 97", "read 131000", "seek 131097", "read 69000"}));
     }
 
     void visitsTheRangeAskedFor_data()
@@ -142,17 +142,17 @@ private slots:
 
     void goesOnBesideOtherOperations()
     {
-        OpenTable open(numbered(1000).bytes());
+        OpenTable open(numbered(2000).bytes());
         DbfRecordCursor cursor(open.table);
         QVERIFY(cursor.next());
-        DbfRecord update = open.table.readRecord(999);
+        DbfRecord update = open.table.readRecord(1999);
         update.values[0] = 7000;
         QVERIFY(open.table.updateRecord(update));
         QVERIFY(open.table.appendRecord(update));
         open.table.setFieldConverter(0, DbfDoubleConverter::instance());
         open.table.overrideTextCodec(codec(2086));
         QCOMPARE(cursor.value(0), QVariant("0"));
-        QVector<int> rest = sequence(1, 998);
+        QVector<int> rest = sequence(1, 1998);
         QCOMPARE(visit(cursor), rest << 7000);
         QVERIFY(!cursor.hasError());
     }
@@ -162,20 +162,20 @@ private slots:
         // A byte of the header length, of the record length, of the first column's name, its type.
         for (const int place : {0, 8, 10, 32, 43}) {
             const bool sameLayout = place == 0;
-            OpenTable open(numbered(1000).bytes());
+            OpenTable open(numbered(2000).bytes());
             DbfRecordCursor cursor(open.table);
             QVERIFY(cursor.next());
             if (!sameLayout)
                 open.device.content[place] = place < 32 ? char(97 + 32) : 'X';
             QVERIFY(open.table.reopen());
-            QCOMPARE(visit(cursor).size(), sameLayout ? 999 : 654);
+            QCOMPARE(visit(cursor).size(), sameLayout ? 1999 : 1309);
             QCOMPARE(cursor.hasError(), !sameLayout);
         }
-        OpenTable open(numbered(1000).bytes());
+        OpenTable open(numbered(2000).bytes());
         DbfRecordCursor cursor(open.table);
         QVERIFY(cursor.next());
         open.table.close();
-        QCOMPARE(visit(cursor).size(), 654);
+        QCOMPARE(visit(cursor).size(), 1309);
         QVERIFY(cursor.hasError());
     }
 

@@ -61,10 +61,10 @@ std::optional<quint64> inUnitsOfLastDecimal(double magnitude, int decimals)
     constexpr int exponentBias = std::numeric_limits<double>::max_exponent - 1 + fractionBits;
     constexpr int productBits = 8 * sizeof(Product);
     constexpr quint64 hiddenBit = Q_UINT64_C(1) << fractionBits;
-    if (magnitude == 0.0)
-        return 0;
     if (decimals >= static_cast<int>(powersOfTen.size()))
         return std::nullopt;
+    if (magnitude == 0.0)
+        return 0;
 
     quint64 bits = 0;
     std::memcpy(&bits, &magnitude, sizeof bits);

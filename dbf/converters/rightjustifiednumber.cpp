@@ -50,19 +50,24 @@ int zeroLowBytes(quint64 word)
 std::optional<Characters> lastSixteen(std::string_view bytes)
 {
     const auto size = static_cast<int>(bytes.size());
-    const int missing = std::max(2 * perWord - size, 0);
-    const int excess = std::max(size - 2 * perWord, 0);
-    if (missing > perWord || excess > perWord)
+    if (size < perWord || size > 3 * perWord)
         return std::nullopt;
     const char* const begin = bytes.data();
     const char* const lastEight = begin + size - perWord;
     const auto start = qFromLittleEndian<quint64>(begin);
-    const auto before = qFromLittleEndian<quint64>(missing > 0 ? begin : lastEight - perWord);
-    const Characters characters{
-        replaceLowBytes(before << (4 * missing) << (4 * missing), missing, eightSpaces),
-        qFromLittleEndian<quint64>(lastEight)};
-    if (characters.lastEight == eightSpaces || ((start ^ eightSpaces) & lowBytes(excess)) != 0)
+    Characters characters{start, qFromLittleEndian<quint64>(lastEight)};
+    if (characters.lastEight == eightSpaces)
         return std::nullopt;
+    if (size < 2 * perWord) {
+        const int missing = 2 * perWord - size;
+        characters.firstEight =
+            replaceLowBytes(start << (4 * missing) << (4 * missing), missing, eightSpaces);
+    } else {
+        const int excess = size - 2 * perWord;
+        if (((start ^ eightSpaces) & lowBytes(excess)) != 0)
+            return std::nullopt;
+        characters.firstEight = qFromLittleEndian<quint64>(lastEight - perWord);
+    }
     return characters;
 }
 
@@ -102,21 +107,24 @@ int closePoint(Characters& characters)
     return point;
 }
 
-bool areDigits(quint64 characters)
+/// Returns whether all bytes of both words are 0 to 9. What is carried from one byte to the next
+/// comes from a byte that is too large anyway.
+bool areDigits(quint64 first, quint64 second)
 {
     constexpr quint64 highHalves = lowestBits * 0xF0;
     constexpr quint64 carryAboveNine = lowestBits * 6;
-    return (characters & highHalves) == eightZeros &&
-           ((characters + carryAboveNine) & highHalves) == eightZeros;
+    return ((first | second | (first + carryAboveNine) | (second + carryAboveNine)) & highHalves) ==
+           0;
 }
 
-/// Returns the number that eight digits make.
+/// Returns the number that eight digits, 0 to 9, make.
 quint64 numberOf(quint64 digits)
 {
-    digits -= eightZeros;
-    digits = (digits * 10 + (digits >> 8)) & Q_UINT64_C(0x00FF00FF00FF00FF);
-    digits = (digits * 100 + (digits >> 16)) & Q_UINT64_C(0x0000FFFF0000FFFF);
-    return (digits * 10000 + (digits >> 32)) & Q_UINT64_C(0xFFFFFFFF);
+    constexpr quint64 everyFourthByte = Q_UINT64_C(0x000000FF000000FF);
+    const quint64 pairs = digits * 10 + (digits >> bitsPerByte);
+    return ((pairs & everyFourthByte) * (100 + (Q_UINT64_C(1000000) << 32)) +
+            ((pairs >> (2 * bitsPerByte)) & everyFourthByte) * (1 + (Q_UINT64_C(10000) << 32))) >>
+           32;
 }
 
 } // namespace
@@ -130,13 +138,13 @@ std::optional<double> readRightJustifiedNumber(std::string_view bytes)
     const int point = closePoint(*characters);
     const int decimals = point == perWord ? 0 : perWord - 1 - point;
     const bool endsWithPoint = point == perWord - 1;
-    if (endsWithPoint || start.firstDigit >= perWord + point ||
-        !areDigits(characters->firstEight) || !areDigits(characters->lastEight))
+    const quint64 firstDigits = characters->firstEight ^ eightZeros;
+    const quint64 lastDigits = characters->lastEight ^ eightZeros;
+    if (endsWithPoint || start.firstDigit >= perWord + point || !areDigits(firstDigits, lastDigits))
         return std::nullopt;
 
     constexpr quint64 maxExact = Q_UINT64_C(1) << std::numeric_limits<double>::digits;
-    const quint64 digits =
-        numberOf(characters->firstEight) * 100000000 + numberOf(characters->lastEight);
+    const quint64 digits = numberOf(firstDigits) * 100000000 + numberOf(lastDigits);
     if (digits > maxExact)
         return std::nullopt;
     return fixedPointNumber(digits, decimals, start.negative);

@@ -16,7 +16,7 @@ namespace
 
 // Large enough that a seek and a read weigh little beside the records they bring, small enough that
 // these are still in the processor's cache when they are looked at.
-constexpr int blockSize = 65536; // bytes
+constexpr int blockSize = 131072; // bytes
 
 bool isImpossible(qint64 first, qint64 count, const DbfTableDescriptor& descriptor)
 {
