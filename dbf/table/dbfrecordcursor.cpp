@@ -40,7 +40,8 @@ public:
     bool hasRecord() const { return m_current >= 0; }
     bool hasColumn(int column) const
     {
-        return hasRecord() && column >= 0 && column < m_codec.columnCount();
+        return hasRecord() &&
+               static_cast<unsigned>(column) < static_cast<unsigned>(m_codec.columnCount());
     }
     int index() const { return hasRecord() ? static_cast<int>(m_blockStart + m_current) : -1; }
     bool isDeleted() const { return hasRecord() && isDeletedImage(m_image); }
