@@ -50,34 +50,48 @@ double contribution(const dbf::DbfRecordCursor& cursor, int column, char origina
     }
 }
 
-double processorSeconds()
+struct ProcessorTime {
+    double user = 0; // seconds outside the kernel
+    double all = 0;  // seconds
+};
+
+double seconds(const timeval& time)
 {
-    double seconds = 0;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+}
+
+/// Returns what this process and its children have used.
+ProcessorTime processorTime()
+{
+    ProcessorTime used;
     for (const auto who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
         rusage usage{};
         getrusage(who, &usage);
-        for (const timeval& time : {usage.ru_utime, usage.ru_stime})
-            seconds += static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+        used.user += seconds(usage.ru_utime);
+        used.all += seconds(usage.ru_utime) + seconds(usage.ru_stime);
     }
-    return seconds;
+    return used;
 }
 
 void measure(benchmark::State& state, const Workload& workload)
 {
-    double processor = 0;
+    ProcessorTime used;
     for ([[maybe_unused]] auto iteration : state) {
         if (workload.prepare)
             workload.prepare();
-        const double processorStart = processorSeconds();
+        const ProcessorTime before = processorTime();
         const auto start = std::chrono::steady_clock::now();
         workload.work();
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        processor += processorSeconds() - processorStart;
+        const ProcessorTime after = processorTime();
+        used.user += after.user - before.user;
+        used.all += after.all - before.all;
         state.SetIterationTime(time.count());
     }
     workload.check();
     state.SetItemsProcessed(state.iterations() * workload.items);
-    state.counters["cpu"] = benchmark::Counter(processor, benchmark::Counter::kAvgIterations);
+    state.counters["user"] = benchmark::Counter(used.user, benchmark::Counter::kAvgIterations);
+    state.counters["cpu"] = benchmark::Counter(used.all, benchmark::Counter::kAvgIterations);
 }
 
 } // namespace

@@ -38,7 +38,8 @@ struct Workload {
 };
 
 /// Registers \a workload. Its time is that on the clock; a counter "cpu" gives the seconds of
-/// processor time, child processes included, which others on the machine disturb less.
+/// processor time, child processes included, which others on the machine disturb less, and "user"
+/// those outside the kernel.
 void add(const Workload& workload);
 
 /// Runs what was registered and returns the program's exit code.
