@@ -127,6 +127,9 @@ private slots:
                 text += QChar(static_cast<ushort>(0xD800 + below(random, 0x800)));
             QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
                      codec->fromUnicode(text));
+            const DbfFieldDescriptor field = DbfFieldDescriptor::stringField({}, 20);
+            QCOMPARE(converter->toByteArray(text, schema, field),
+                     codec->fromUnicode(text.trimmed().left(20)).leftJustified(20, '\0', true));
         }
     }
 

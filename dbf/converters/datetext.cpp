@@ -74,8 +74,8 @@ DateParts gregorianParts(const QDate& date)
     constexpr int daysOf400Years = 4 * daysOf100Years + 1;
     const auto days = static_cast<int>(date.toJulianDay() - julianDayOfOrigin);
     const int day400 = days % daysOf400Years;
-    const int leapDays = day400 / (daysOf4Years - 1) - day400 / daysOf100Years +
-                         day400 / (daysOf400Years - 1);
+    const int leapDays =
+        day400 / (daysOf4Years - 1) - day400 / daysOf100Years + day400 / (daysOf400Years - 1);
     const int year400 = (day400 - leapDays) / 365;
     const int dayOfYear = day400 - (365 * year400 + year400 / 4 - year400 / 100);
     const int marchMonth = (5 * dayOfYear + 2) / 153;

@@ -48,26 +48,27 @@ struct Padding {
     const char* end; // of what is left without the spaces at the end
 };
 
-// Goes over all of the field, which has the same length in every record. Stopping where the text
-// ends would be less to do, and slower: that place cannot be predicted.
+// Goes over all of the field, at least a word, which has the same length in every record. Stopping
+// where the text ends would be less to do, and slower: that place cannot be predicted.
 Padding paddingOf(const char* begin, const char* end)
 {
-    quint64 zeros = 0; // highest bits of bytes that are zero, and others
-    quint64 lastOthers = 0;
-    const char* lastPosition = begin - wordSize;
-    const auto look = [&](const char* position) {
-        const auto word = qFromLittleEndian<quint64>(position);
+    quint64 zeros = 0;                 // the highest bit of each byte that is zero, and other bits
+    quint64 others = 0;                // where the last word with others than spaces has them
+    std::ptrdiff_t wordWithOthers = 0; // where that word ends
+    const auto look = [&](std::ptrdiff_t start) {
+        const auto word = qFromLittleEndian<quint64>(begin + start);
         zeros |= (word - Q_UINT64_C(0x0101010101010101)) & ~word;
-        const quint64 others = word ^ eightSpaces;
-        lastPosition = others != 0 ? position : lastPosition;
-        lastOthers = others != 0 ? others : lastOthers;
+        const bool isPadding = word == eightSpaces;
+        wordWithOthers = isPadding ? wordWithOthers : start + wordSize;
+        others = isPadding ? others : word ^ eightSpaces;
     };
-    const char* position = begin;
-    for (const char* const last = end - wordSize; position < last; position += wordSize)
-        look(position);
-    look(end - wordSize);
-    const int spaces = lastOthers == 0 ? 0 : qCountLeadingZeroBits(lastOthers) / bitsPerByte;
-    return {(zeros & Q_UINT64_C(0x8080808080808080)) != 0, lastPosition + wordSize - spaces};
+    const std::ptrdiff_t last = end - begin - wordSize;
+    for (std::ptrdiff_t start = 0; start < last; start += wordSize)
+        look(start);
+    look(last);
+    const auto spaces =
+        others == 0 ? 0 : static_cast<int>(qCountLeadingZeroBits(others)) / bitsPerByte;
+    return {(zeros & Q_UINT64_C(0x8080808080808080)) != 0, begin + wordWithOthers - spaces};
 }
 
 } // namespace

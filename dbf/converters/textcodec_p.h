@@ -44,8 +44,8 @@ public:
     /// Returns the bytes of \a text.
     QByteArray encode(QStringView text) const;
 
-    /// Writes a field of \a width bytes that holds \a text trimmed: cut to the width, filled up with
-    /// 0x00.
+    /// Writes a field of \a width bytes that holds \a text trimmed: cut to the width, filled up
+    /// with 0x00.
     void writeField(QStringView text, char* field, int width) const;
 
     /// Returns whether each byte of plain ASCII stands for itself, so that digits may be read

@@ -61,15 +61,16 @@ RecordImageCodec::RecordImageCodec(const DbfSchema& schema)
 {
     m_fields.reserve(m_schema.columns.size());
     int offset = layout::deletionFlagSize;
-    m_writtenSize = layout::deletionFlagSize;
+    int written = layout::deletionFlagSize;
     for (const DbfColumn& column : m_schema.columns) {
         const FieldKind kind = fieldKind(column.converter);
         const int size = writtenSize(kind, column.descriptor.length);
         m_fields.append({&column, offset, column.descriptor.length, kind, size});
         offset += column.descriptor.length;
-        m_writtenSize = m_writtenSize == anySize || size == anySize ? anySize : m_writtenSize + size;
+        written = written == anySize || size == anySize ? anySize : written + size;
     }
-    m_image.reserve(offset);
+    m_imageSize = offset;
+    m_writtenSize = written;
 }
 
 // An invalid variant owns nothing: values are constructed over it, since assigning to it costs a
@@ -196,6 +197,7 @@ void RecordImageCodec::append(const DbfRecord& record, QByteArray& image)
 
 const QByteArray& RecordImageCodec::image(const DbfRecord& record)
 {
+    m_image.reserve(m_imageSize);
     m_image.resize(0);
     append(record, m_image);
     return m_image;

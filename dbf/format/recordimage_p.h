@@ -98,7 +98,8 @@ private:
     const DbfSchema m_schema; // a copy, since a caller's converter may rebuild the original
     TextCodec m_textCodec;
     QVarLengthArray<Field, 32> m_fields;
-    int m_writtenSize = 0; // of a whole image, -1 if that depends on the values
+    int m_imageSize = 0;   // of an image read
+    int m_writtenSize = 0; // of an image written, -1 if that depends on the values
     QByteArray m_slice; // the view that converters get, reused so that none is allocated per field
     QByteArray m_image; // reused for the same reason
 };

@@ -25,8 +25,8 @@ bool DbfTable::recordingErrors(Operation operation)
     }
 }
 
-/// Hands the RecordImageCodec of the table's schema to \a operation, the one of the last operation if
-/// it still fits. It is away from the table meanwhile: a caller's converter may come back to the
+/// Hands the RecordImageCodec of the table's schema to \a operation, the one of the last operation
+/// if it still fits. It is away from the table meanwhile: a caller's converter may come back to the
 /// table, and must neither share it nor delete it.
 template <typename Operation>
 void DbfTable::usingImageCodec(Operation operation)
