@@ -65,6 +65,17 @@ inline Table sample()
             {" \xC0\xED\xED\xE0 T 1.5", "*Bob  F  20", " Carl T   3"}};
 }
 
+/// A new row for the sample table.
+inline dbf::DbfRecord newRecord(int index)
+{
+    return {index, {QStringLiteral("\u0415\u0432\u0430"), false, QStringLiteral("2.50")}};
+}
+
+inline dbf::DbfSchemaTransform identityOf(const dbf::DbfTable& table)
+{
+    return dbf::DbfSchemaTransform::identity(table.schema());
+}
+
 /// The codec of that IANA MIB number: 2251 for Windows Cyrillic, 2086 for DOS Cyrillic.
 inline QTextCodec* codec(int mib)
 {

@@ -33,11 +33,6 @@ QByteArray tableOf(int recordCount)
     return table.bytes();
 }
 
-DbfRecord newRecord(int index)
-{
-    return {index, {QStringLiteral("Eva"), false, QStringLiteral("2.50")}};
-}
-
 QByteArray imageAt(const QByteArray& file, int index)
 {
     return file.mid(recordsStart + index * recordLength, recordLength);

@@ -68,11 +68,6 @@ private:
     std::optional<FileSizeLimit> m_limit;
 };
 
-DbfSchemaTransform identityOf(const DbfTable& table)
-{
-    return DbfSchemaTransform::identity(table.schema());
-}
-
 } // namespace
 
 /// Devices that lose data when they are treated like any other, and devices that cannot do it all.

@@ -40,11 +40,6 @@ QByteArray otherTable()
     return Table{{field("X", 'C', 3)}, {" abc", "*def", " ghi"}, 0x03, 0x66}.bytes();
 }
 
-DbfRecord newRecord(int index)
-{
-    return {index, {QStringLiteral("Eva"), false, QStringLiteral("2.50")}};
-}
-
 QStringList textsOf(const QVector<DbfRecord>& records)
 {
     QStringList texts;

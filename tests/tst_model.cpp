@@ -60,6 +60,22 @@ private slots:
             }
         }
     }
+
+    void valuesWiderThanTheirFieldsAreListed()
+    {
+        DbfSchema schema({DbfFieldDescriptor::stringField("CUT", 2),
+                          {"INTEGER", DbfFieldType('I'), 3, 0},
+                          {"RAW", DbfFieldType('M'), 2, 0},
+                          {"NONE", DbfFieldType('M'), 0, 0}},
+                         nullptr);
+        schema.columns[1].setConverter(DbfIntConverter::instance());
+        schema.columns[2].setConverter(nullptr);
+        QString shown;
+        for (const auto& overflow : checkRecordSizeOverflow({-1, {"abc", 1, "abc"}}, schema))
+            shown += QString::asprintf("%d: %d for %d, ", overflow.columnIndex, overflow.valueSize,
+                                       overflow.fieldLength);
+        QCOMPARE(shown, QString("1: 4 for 3, 2: 3 for 2, "));
+    }
 };
 
 QTEST_APPLESS_MAIN(TestModel)

@@ -129,17 +129,6 @@ private slots:
         QCOMPARE(toTheEnd.hasError(), !isPossible);
     }
 
-    void deliversWholeRecordsBeforeAFailure()
-    {
-        QByteArray bytes = numbered(1000).bytes();
-        bytes.chop(150); // the end marker, the last record and half of the one before
-        OpenTable open(bytes);
-        DbfRecordCursor cursor(open.table);
-        QCOMPARE(visit(cursor), sequence(0, 998));
-        QVERIFY(cursor.hasError());
-        QCOMPARE(open.table.lastError(), DbfTable::ReadError);
-    }
-
     void goesOnBesideOtherOperations()
     {
         OpenTable open(numbered(2000).bytes());
@@ -197,18 +186,6 @@ private slots:
         QCOMPARE(bulk.table.recordCount(), 1002);
         QCOMPARE(bulk.device.log(), (QStringList{"seek 297", "write 65600", "write 34400",
                                                  "write 1", "seek 4", "write 4"}));
-    }
-
-    void bulkAppendOfAShortImageChangesNothing()
-    {
-        OpenTable open(numbered(2).bytes());
-        const QByteArray before = open.device.content;
-        open.table.setFieldConverter(1, DbfByteArrayConverter::instance());
-        QVERIFY(!open.table.appendRecords(
-            {DbfRecord(-1, {1, QByteArray(92, 'x')}), DbfRecord(-1, {2, QByteArray(91, 'x')})}));
-        QCOMPARE(open.table.lastError(), DbfTable::WriteError);
-        QCOMPARE(open.device.content, before);
-        QCOMPARE(open.table.recordCount(), 2);
     }
 };
 

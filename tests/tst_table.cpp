@@ -38,11 +38,7 @@ Q_DECLARE_METATYPE(FailedOpen)
 namespace
 {
 
-/// A new row for the sample table, and its image.
-DbfRecord newRecord(int index)
-{
-    return {index, {QStringLiteral("\u0415\u0432\u0430"), false, QStringLiteral("2.50")}};
-}
+/// The image of newRecord().
 const auto newImage = QByteArrayLiteral(" \xC5\xE2\xE0\0\0F2.50");
 
 /// Five records of two fields, DOS Cyrillic.
@@ -381,6 +377,7 @@ private slots:
         QCOMPARE(opened.device.content, expected);
         QVERIFY(!table.updateRecord({1, {"ab", false, "2.50"}}));
         QVERIFY(!table.appendRecord({1, {"ab", false, "2.50"}}));
+        QVERIFY(!table.appendRecords({{1, {"abcde", false, "2.50"}}, {1, {"ab", false, "2.50"}}}));
         QCOMPARE(table.lastError(), DbfTable::WriteError);
         QCOMPARE(table.recordCount(), 3);
         QCOMPARE(opened.device.content, expected);

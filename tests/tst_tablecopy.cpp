@@ -12,16 +12,6 @@ using namespace dbf;
 using namespace testtables;
 using Device = RecordingDevice;
 
-namespace
-{
-
-DbfSchemaTransform identityOf(const DbfTable& table)
-{
-    return DbfSchemaTransform::identity(table.schema());
-}
-
-} // namespace
-
 class TestTableCopy : public QObject
 {
     Q_OBJECT
