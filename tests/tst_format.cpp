@@ -250,6 +250,29 @@ private slots:
         QTEST(DbfTable::serializeRecord(record, DbfTableDescriptor(), recordSchema()), "written");
     }
 
+    void fieldsOfEveryFixedSizeFillTheImage()
+    {
+        DbfSchema schema({DbfFieldDescriptor::numberField("S", 2, 0),
+                          DbfFieldDescriptor::numberField("I", 4, 0),
+                          DbfFieldDescriptor::numberField("G", 8, 0),
+                          DbfFieldDescriptor::numberField("R", 8, 0),
+                          DbfFieldDescriptor::numberField("F", 4, 0),
+                          {"D", DbfFieldType::Date, 8, 0},
+                          DbfFieldDescriptor::floatField("N", 1),
+                          DbfFieldDescriptor::logicalField("L")},
+                         nullptr);
+        schema.columns[0].setConverter(DbfSmallIntConverter::instance());
+        schema.columns[1].setConverter(DbfIntConverter::instance());
+        schema.columns[2].setConverter(DbfLargeIntConverter::instance());
+        schema.columns[3].setConverter(DbfBinaryDoubleConverter::instance());
+        schema.columns[4].setConverter(DbfBinaryFloatConverter::instance());
+        const QByteArray image =
+            hex("2a feff 03000000 0400000000000000 000000000000f83f 00002040") + "20240229" +
+            QByteArray("-2.5").rightJustified(schema.columns[6].descriptor.length) + 'T';
+        QCOMPARE(DbfTable::serializeRecord(DbfTable::parseRecord(image, 0, schema), {}, schema),
+                 image);
+    }
+
     void missingValuesAreBlankAndOthersGoUnpadded()
     {
         const auto image = [](const QVariantList& values) {

@@ -444,12 +444,39 @@ private slots:
     {
         OpenTable opened(sample().bytes());
         SpyConverter spy;
+        QCOMPARE(opened.table.readRecord(2).values.at(2), QVariant("3"));
         opened.table.setFieldConverter(2, &spy);
         QCOMPARE(opened.table.readRecord(2).values.at(2), QVariant(QByteArray("   3")));
         opened.table.overrideTextCodec(codec(2086));
         QVERIFY(opened.table.updateRecord({0, {"", true, " 4.5"}}));
         QCOMPARE(spy.calls,
                  QByteArrayList({"read <   3> AMOUNT 2251", "write < 4.5> AMOUNT 2086"}));
+    }
+
+    void converterMayUseItsTable()
+    {
+        struct Caller : DbfByteArrayConverter {
+            DbfTable* table = nullptr;
+            DbfByteArrayConverter* next = nullptr;
+            QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                               const DbfFieldDescriptor& field) const override
+            {
+                if (next) {
+                    table->setFieldConverter(0, next);
+                    table->readRecord(2);
+                    table->updateRecord(table->readRecord(1));
+                }
+                return DbfByteArrayConverter::toVariant(bytes, schema, field);
+            }
+        } last, first;
+        OpenTable opened(sample().bytes());
+        first.table = &opened.table;
+        first.next = &last;
+        opened.table.setFieldConverter(0, &first);
+        QCOMPARE(opened.table.readRecord(0).values.at(0),
+                 QVariant(QByteArray("\xC0\xED\xED\xE0 ")));
+        QCOMPARE(opened.table.schema().columns.at(0).converter, &last);
+        QCOMPARE(opened.device.content, sample().bytes().replace(147, 4, hex("32300000")));
     }
 
     void foreignExceptionsPassThrough()
