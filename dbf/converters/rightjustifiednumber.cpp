@@ -5,7 +5,6 @@
 #include <dbf/converters/spaces_p.h>
 
 #include <algorithm>
-#include <limits>
 
 // All of the characters are handled at once, eight to a word: where a number begins differs from
 // record to record, and loops that end there cost more than all the rest.
@@ -137,16 +136,12 @@ std::optional<double> readRightJustifiedNumber(std::string_view bytes)
     const Start start = clearStart(*characters);
     const int point = closePoint(*characters);
     const int decimals = point == perWord ? 0 : perWord - 1 - point;
-    const bool endsWithPoint = point == perWord - 1;
     const quint64 firstDigits = characters->firstEight ^ eightZeros;
     const quint64 lastDigits = characters->lastEight ^ eightZeros;
-    if (endsWithPoint || start.firstDigit >= perWord + point || !areDigits(firstDigits, lastDigits))
+    if (start.firstDigit >= perWord + point || !areDigits(firstDigits, lastDigits))
         return std::nullopt;
 
-    constexpr quint64 maxExact = Q_UINT64_C(1) << std::numeric_limits<double>::digits;
     const quint64 digits = numberOf(firstDigits) * 100000000 + numberOf(lastDigits);
-    if (digits > maxExact)
-        return std::nullopt;
     return fixedPointNumber(digits, decimals, start.negative);
 }
 

@@ -13,8 +13,9 @@
 namespace dbf
 {
 
-/// Returns \a digits, at most 2^53, divided by ten to the power of \a decimals, at most 15. Both
-/// are exact as doubles, so that the one division rounds once, hence correctly.
+/// Returns \a digits divided by ten to the power of \a decimals, at most 15. The digits are at most
+/// 2^53 unless there are no decimals: then only one step, the division or the conversion of the
+/// digits, has to round, and the result is the correct one.
 inline double fixedPointNumber(quint64 digits, int decimals, bool negative)
 {
     // Static, or it is built anew for each number.
@@ -27,7 +28,8 @@ inline double fixedPointNumber(quint64 digits, int decimals, bool negative)
 
 /// Reads a number as most fields have it: a field of 8 to 24 bytes, at whose right end up to 16
 /// characters stand as in readPlainNumber(), up to seven of them behind a point, and only spaces
-/// before them. Gives nothing for every other field, whether that has a number or not.
+/// before them. The point may be the last, too. Gives nothing for every other field, whether that
+/// has a number or not.
 std::optional<double> readRightJustifiedNumber(std::string_view bytes);
 
 } // namespace dbf

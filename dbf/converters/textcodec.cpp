@@ -59,6 +59,13 @@ QStringView TextCodec::decode(std::string_view bytes, TextScratch& scratch) cons
 {
     if (m_table && bytes.size() <= TextScratch::size)
         return decodeByTable(bytes, scratch.units);
+    return decodeIntoString(bytes, scratch);
+}
+
+// Inlined, it would cost those who need no string some of the registers it needs.
+Q_NEVER_INLINE QStringView TextCodec::decodeIntoString(std::string_view bytes,
+                                                       TextScratch& scratch) const
+{
     scratch.text = decode(bytes);
     return scratch.text;
 }

@@ -53,6 +53,7 @@ public:
     bool isAsciiTransparent() const;
 
 private:
+    QStringView decodeIntoString(std::string_view bytes, TextScratch& scratch) const;
     QStringView decodeByTable(std::string_view bytes, char16_t* units) const;
     QByteArray encodeByCodec(QStringView text) const;
 
