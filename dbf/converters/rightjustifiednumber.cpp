@@ -4,8 +4,6 @@
 #include <dbf/converters/rightjustifiednumber_p.h>
 #include <dbf/converters/spaces_p.h>
 
-#include <algorithm>
-
 // All of the characters are handled at once, eight to a word: where a number begins differs from
 // record to record, and loops that end there cost more than all the rest.
 
