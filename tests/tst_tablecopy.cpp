@@ -163,7 +163,7 @@ private slots:
         Device target;
         const auto copy = [&](const DbfSchemaTransform& transform) {
             target.close();
-            source.table.copyAndTransform(&target, transform);
+            return source.table.copyAndTransform(&target, transform);
         };
         for (const QList<int>& indexes : {QList<int>{0, 3, 2}, {0, -2, 2}, {0, 1}}) {
             QVERIFY_EXCEPTION_THROWN(copy({identity.schema, indexes}), std::out_of_range);

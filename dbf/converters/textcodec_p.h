@@ -52,6 +52,9 @@ public:
     /// without decoding.
     bool isAsciiTransparent() const;
 
+    /// Returns whether texts go through a table, so that the codec itself is not called.
+    bool isTabulated() const { return m_table != nullptr; }
+
 private:
     QStringView decodeIntoString(std::string_view bytes, TextScratch& scratch) const;
     QStringView decodeByTable(std::string_view bytes, char16_t* units) const;

@@ -97,19 +97,23 @@ void RecordImageCodec::read(std::string_view bytes, int column, QVariant& value)
         new (&value) QVariant(readLogical(bytes));
         break;
     default:
-        value = converterOf(*field.column)
-                    ->toVariant(viewForConverter(bytes), m_schema, field.column->descriptor);
+        value = askConverter(bytes, *field.column);
     }
 }
 
-// A view of nothing would lack the zero byte that Qt expects behind an array it need not copy.
-const QByteArray& RecordImageCodec::viewForConverter(std::string_view bytes)
+// The view is away from here while the converter runs, which may come back for another column and
+// must not change what it was handed itself.
+QVariant RecordImageCodec::askConverter(std::string_view bytes, const DbfColumn& column)
 {
+    QByteArray slice = std::move(m_slice);
+    // A view of nothing would lack the zero byte that Qt expects behind an array it need not copy.
     if (bytes.empty())
-        m_slice = QByteArray();
+        slice = QByteArray();
     else
-        m_slice.setRawData(bytes.data(), static_cast<uint>(bytes.size()));
-    return m_slice;
+        slice.setRawData(bytes.data(), static_cast<uint>(bytes.size()));
+    QVariant value = converterOf(column)->toVariant(slice, m_schema, column.descriptor);
+    m_slice = std::move(slice);
+    return value;
 }
 
 void RecordImageCodec::appendValue(const QVariant& value, int column, QByteArray& image)

@@ -83,6 +83,13 @@ public:
     const DbfColumn& column(int column) const { return *m_fields[column].column; }
     const TextCodec& textCodec() const { return m_textCodec; }
 
+    /// Whether reading the column calls what may be a caller's own: its converter or codec.
+    bool callsOut(int column) const
+    {
+        return kind(column) == FieldKind::Foreign ||
+               (kind(column) == FieldKind::Text && !m_textCodec.isTabulated());
+    }
+
 private:
     struct Field {
         const DbfColumn* column;
@@ -92,7 +99,7 @@ private:
         int writtenSize; // what the column's converter always gives, in bytes; -1 for any number
     };
 
-    const QByteArray& viewForConverter(std::string_view bytes);
+    QVariant askConverter(std::string_view bytes, const DbfColumn& column);
     void write(const QVariant& value, const Field& field, char* bytes);
 
     const DbfSchema m_schema; // a copy, since a caller's converter may rebuild the original

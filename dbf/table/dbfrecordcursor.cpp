@@ -3,7 +3,8 @@
 
 #include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbfrecordcursor.h>
-#include <dbf/table/dbftable_p.h>
+#include <dbf/table/dbftable.h>
+#include <dbf/table/deviceprimitives_p.h>
 
 #include <algorithm>
 #include <limits>
@@ -24,6 +25,21 @@ bool isImpossible(qint64 first, qint64 count, const DbfTableDescriptor& descript
            first + count > qint64(std::numeric_limits<int>::max()) + 1;
 }
 
+/// Keeps a block as it is while a caller's converter or codec runs, which may move the cursor on:
+/// the next block is then read into bytes of its own.
+class BlockHolder
+{
+public:
+    BlockHolder(const QByteArray& block, bool isNeeded)
+    {
+        if (isNeeded)
+            m_block = block;
+    }
+
+private:
+    QByteArray m_block;
+};
+
 bool isSameLayout(const DbfFieldDescriptor& a, const DbfFieldDescriptor& b)
 {
     return a.type == b.type && a.length == b.length && a.decimals == b.decimals && a.name == b.name;
@@ -41,22 +57,27 @@ public:
     bool hasColumn(int column) const
     {
         return hasRecord() &&
-               static_cast<unsigned>(column) < static_cast<unsigned>(m_codec.columnCount());
+               static_cast<unsigned>(column) < static_cast<unsigned>(m_layout.columnCount());
     }
     int index() const { return hasRecord() ? static_cast<int>(m_blockStart + m_current) : -1; }
     bool isDeleted() const { return hasRecord() && isDeletedImage(m_image); }
     std::string_view bytes(int column) const
     {
-        return hasColumn(column) ? m_codec.slice(m_image, column) : std::string_view();
+        return hasColumn(column) ? m_layout.slice(m_image, column) : std::string_view();
     }
     QVariant value(int column)
     {
-        return hasColumn(column) ? m_codec.value(bytes(column), column) : QVariant();
+        if (!hasColumn(column))
+            return {};
+        const BlockHolder holder(m_block, m_layout.callsOut(column));
+        return m_layout.value(bytes(column), column);
     }
     QStringView text(int column)
     {
-        return hasColumn(column) ? m_codec.textCodec().decode(bytes(column), m_text)
-                                 : QStringView();
+        if (!hasColumn(column))
+            return {};
+        const BlockHolder holder(m_block, !m_layout.textCodec().isTabulated());
+        return m_layout.textCodec().decode(bytes(column), m_text);
     }
     DbfRecord record();
     bool hasError() const { return m_failed; }
@@ -70,7 +91,7 @@ private:
     DbfTable& m_table;
     const DbfTableDescriptor m_descriptor;
     const DbfSchema m_schema;
-    RecordImageCodec m_codec;
+    RecordImageCodec m_layout;
     QByteArray m_block;
     std::string_view m_image; // of the current record
     TextScratch m_text = {};
@@ -86,7 +107,7 @@ DbfRecordCursor::Private::Private(DbfTable& cursorTable, qint64 first, qint64 co
     : m_table(cursorTable)
     , m_descriptor(cursorTable.descriptor())
     , m_schema(cursorTable.schema())
-    , m_codec(m_schema)
+    , m_layout(m_schema)
     , m_blockStart(first)
     , m_remaining(count)
     , m_endsWithError(isImpossible(first, count, m_descriptor))
@@ -124,7 +145,7 @@ bool DbfRecordCursor::Private::readBlock()
                           : std::min<qint64>(m_remaining, std::max(blockSize / recordLength, 1));
     try {
         requirePlausibleCount(m_table.device(), wanted, m_descriptor);
-        DbfTable::seekRecord(m_table.device(), static_cast<int>(m_blockStart), m_descriptor, 0);
+        seekForReading(m_table.device(), static_cast<int>(m_blockStart), m_descriptor);
     } catch (DbfTable::DbfTableError) {
         return fail();
     }
@@ -160,8 +181,10 @@ bool DbfRecordCursor::Private::fail()
 
 DbfRecord DbfRecordCursor::Private::record()
 {
-    return hasRecord() ? m_codec.parse(m_image, index())
-                       : DbfRecord(-1, QVector<QVariant>(m_codec.columnCount()));
+    if (!hasRecord())
+        return {-1, QVector<QVariant>(m_layout.columnCount())};
+    const BlockHolder holder(m_block, true);
+    return m_layout.parse(m_image, index());
 }
 
 DbfRecordCursor::DbfRecordCursor(DbfTable& table, int first)

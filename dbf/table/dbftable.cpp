@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable_p.h>
+#include <dbf/table/deviceprimitives_p.h>
 
 #include <limits>
 #include <utility>
@@ -23,11 +23,14 @@ void leaveDevice(QIODevice* /*device*/) {}
 } // namespace
 
 DbfTable::DbfTable(std::unique_ptr<QIODevice, void (*)(QIODevice*)> device)
-    : m_device(std::move(device))
+    : m_device(std::move(device)), d(std::make_unique<Private>())
 {
 }
 
-DbfTable::DbfTable(QIODevice* device) : m_device(device, leaveDevice) {}
+DbfTable::DbfTable(QIODevice* device)
+    : m_device(device, leaveDevice), d(std::make_unique<Private>())
+{
+}
 
 DbfTable::DbfTable(DbfTable&& other) noexcept = default;
 
@@ -37,7 +40,6 @@ DbfTable& DbfTable::operator=(DbfTable&& other) noexcept
     return *this;
 }
 
-// The schema goes first, being among the last members, then the device to its release function.
 DbfTable::~DbfTable() = default;
 
 void swap(DbfTable& a, DbfTable& b) noexcept
@@ -48,7 +50,7 @@ void swap(DbfTable& a, DbfTable& b) noexcept
     swap(a.m_lastError, b.m_lastError);
     swap(a.m_opened, b.m_opened);
     swap(a.m_schema, b.m_schema);
-    swap(a.m_imageCodec, b.m_imageCodec);
+    swap(a.d, b.d);
 }
 
 void DbfTable::destroyDeviceAtExit(bool destroy)
@@ -58,9 +60,11 @@ void DbfTable::destroyDeviceAtExit(bool destroy)
 
 void DbfTable::close()
 {
+    Private::restoreEndMarker(*this);
     if (m_device)
         closeDevice(m_device.get());
     m_opened = false;
+    ++Private::of(*this).changes;
 }
 
 const DbfSchema& DbfTable::schema() const
@@ -114,6 +118,13 @@ bool DbfTable::error(DbfTableError code)
 {
     m_lastError = code;
     return false;
+}
+
+DbfTable::Private& DbfTable::Private::of(DbfTable& table)
+{
+    if (!table.d)
+        table.d = std::make_unique<Private>();
+    return *table.d;
 }
 
 } // namespace dbf

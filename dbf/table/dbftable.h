@@ -24,7 +24,6 @@ namespace dbf
 {
 
 class DbfFieldConverter;
-class RecordImageCodec;
 struct DbfSchemaTransform;
 
 /// A table on a device: opens it, reads, rewrites and appends its records, creates it anew, and
@@ -229,14 +228,14 @@ public:
     /// stays open with what was written so far. Throws std::out_of_range at the first record when a
     /// source index of the transform is neither -1 nor a column of this table, or a target column
     /// has no entry in it.
-    bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform);
+    [[nodiscard]] bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform);
 
     /// Does the same and calls \a progress, unless it is empty, after each batch of some 8 MiB, the
     /// last one included, with the number of records done and of all records; once, with 0 and 0,
     /// for a table without records. When \a progress returns false, the copy stops there as after a
     /// failure: false is returned and the target stays open, unfinished.
-    bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
-                          const std::function<bool(int done, int total)>& progress);
+    [[nodiscard]] bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
+                                        const std::function<bool(int done, int total)>& progress);
 
     /// @}
     /// @name The header
@@ -392,25 +391,14 @@ public:
     /// @}
 
 private:
-    template <typename Operation>
-    bool recordingErrors(Operation operation);
-    template <typename Operation>
-    void writingWhole(Operation operation);
-    template <typename Operation>
-    void usingImageCodec(Operation operation);
-
-    void seekSlotForAppending(int count);
-    void finishAppending(int count);
-    void writeImages(const QVector<DbfRecord>& records, bool& writing);
-    void restoreEndMarker();
-    bool canCopyTo(const QIODevice* target) const;
+    class Private;
 
     std::unique_ptr<QIODevice, void (*)(QIODevice*)> m_device;
     DbfTableDescriptor m_descriptor;
     DbfTableError m_lastError = NoError;
     bool m_opened = false;
     DbfSchema m_schema;
-    std::unique_ptr<RecordImageCodec> m_imageCodec; // kept between operations
+    std::unique_ptr<Private> d; // what is kept between operations
 };
 
 /// Exchanges everything the two tables hold: device and release function, header, schema, recorded

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/table/dbftable_p.h>
+#include <dbf/table/deviceprimitives_p.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
@@ -17,16 +18,26 @@ bool DbfTable::open(QIODevice::OpenMode mode)
         return false;
     if (!m_device)
         return error(OpenError);
-    if (!m_device->isOpen() && !m_device->open(mode))
+    const bool isRefused = !(mode & QIODevice::ReadWrite) && warnsWithoutAccess(device());
+    if (!m_device->isOpen() && (isRefused || !m_device->open(mode)))
         return error(OpenError);
 
-    return recordingErrors([this] {
-        m_descriptor = parseTableDescriptor(readTableDescriptorData(device()));
+    return Private::recordingErrors(*this, [this] {
+        requireExactReads(device());
+        const DbfTableDescriptor header = parseTableDescriptor(readTableDescriptorData(device()));
+        m_descriptor = header;
+        Private& kept = Private::of(*this);
+        ++kept.changes;
+        kept.end.reset();
         if (!m_schema.codec)
-            m_schema.setCodec(codecByCodePage(m_descriptor.codePage));
-        const QByteArray block = readSchemaData(device(), m_descriptor);
-        m_schema.setColumns(parseFieldDescriptors(block, m_descriptor, m_schema.codec));
+            m_schema.setCodec(codecByCodePage(header.codePage));
+        const QByteArray block = readSchemaData(device(), header);
+        const QVector<DbfFieldDescriptor> fields =
+            parseFieldDescriptors(block, header, m_schema.codec);
+        m_descriptor = header; // A caller's codec may have opened another table meanwhile.
+        m_schema.setColumns(fields);
         m_opened = true;
+        ++kept.openings;
     });
 }
 
@@ -38,7 +49,7 @@ bool DbfTable::reopen()
     close();
     if (!hasError() && (mode & QIODevice::ReadWrite) == QIODevice::WriteOnly)
         return error(ReadError);
-    return open(mode & ~(QIODevice::Truncate | QIODevice::NewOnly));
+    return open(modeForReopening(mode));
 }
 
 bool DbfTable::isActual() const

@@ -7,72 +7,79 @@
 #include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable.h>
 
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace dbf
 {
 
-/// Runs \a operation and turns the code that it throws, if any, into the recorded one. Returns
-/// whether it threw none.
-template <typename Operation>
-bool DbfTable::recordingErrors(Operation operation)
+/// What a table keeps between operations beside its described state, and what its operations are
+/// made of.
+class DbfTable::Private
 {
-    try {
-        operation();
-        return true;
-    } catch (DbfTableError code) {
-        return error(code);
+public:
+    class Standing;
+    class ImageWriter;
+    class Copy;
+
+    /// Returns the table's own; a table that was moved from gets a new one.
+    static Private& of(DbfTable& table);
+
+    /// Runs \a operation and turns the code that it throws, if any, into the recorded one. Returns
+    /// whether it threw none.
+    template <typename Operation>
+    static bool recordingErrors(DbfTable& table, Operation operation)
+    {
+        try {
+            operation();
+            return true;
+        } catch (DbfTableError code) {
+            return table.error(code);
+        }
     }
-}
 
-/// Hands the RecordImageCodec of the table's schema to \a operation, the one of the last operation
-/// if it still fits. It is away from the table meanwhile: a caller's converter may come back to the
-/// table, and must neither share it nor delete it.
-template <typename Operation>
-void DbfTable::usingImageCodec(Operation operation)
-{
-    std::unique_ptr<RecordImageCodec> codec = std::move(m_imageCodec);
-    if (!codec || !codec->isMadeFor(m_schema))
-        codec = std::make_unique<RecordImageCodec>(m_schema);
-    operation(*codec);
-    m_imageCodec = std::move(codec);
-}
+    /// Hands the layout of the table's schema to \a operation, the one of the last operation if it
+    /// still fits. It is away from the table meanwhile: a caller's converter may come back to the
+    /// table, and must neither share it nor delete it.
+    template <typename Operation>
+    static void usingLayout(DbfTable& table, Operation operation)
+    {
+        std::unique_ptr<RecordImageCodec> layout = std::move(of(table).layout);
+        if (!layout || !layout->isMadeFor(table.m_schema))
+            layout = std::make_unique<RecordImageCodec>(table.m_schema);
+        operation(*layout);
+        of(table).layout = std::move(layout);
+    }
 
-/// Reads up to \a length bytes at the current position into \a data with one read, and no more than
-/// the device holds where it can tell. Returns the number read, -1 if the device refuses.
-qint64 readUpTo(QIODevice* device, char* data, qint64 length);
+    /// Positions the device on slot \a index, 0 to the record count. Throws ReadError when it
+    /// cannot be reached, or begins behind the end of a file: a write would leave a hole there,
+    /// which reads as records.
+    static void seekSlot(DbfTable& table, int index);
 
-/// Returns how many of \a length bytes the device can still hold behind its position: all of them
-/// where it cannot tell, and where they are too few to be worth the question.
-qint64 obtainable(QIODevice* device, qint64 length);
+    /// Positions the device on the slot behind the last record, once \a count slots can still be
+    /// numbered and the device writes what it is given. Throws ReadError and WriteError.
+    static void seekSlotForAppending(DbfTable& table, int count);
 
-/// Throws ReadError when records have no bytes at all and \a count of them is more than \a device
-/// has bytes: nothing on the device then bounds how many a header can make a caller ask for.
-void requirePlausibleCount(const QIODevice* device, qint64 count,
-                           const DbfTableDescriptor& descriptor);
+    /// Writes the images of \a records from the slot on where the device stands.
+    static void writeImages(DbfTable& table, const QVector<DbfRecord>& records);
 
-/// Throws WriteError when \a device would not put a record's bytes where a seek went, or not as
-/// they are.
-void requireExactWrites(const QIODevice* device);
+    /// Writes what follows \a count new records: end marker, then the count.
+    static void finishAppending(DbfTable& table, int count);
 
-/// Hands on what a QFileDevice has gathered, so that a full disk shows while it can still be
-/// reported. Throws WriteError.
-void flushWrites(QIODevice* device);
+    /// Puts the end marker back that a bulk append has overwritten, if one is missing.
+    static void restoreEndMarker(DbfTable& table);
 
-/// Rids a QFileDevice of what it has gathered and could not write. It would otherwise write that
-/// later, at whatever position it then stands. Only closing does it, which tries once more at the
-/// right place; the file is opened again unless its path names another one by now. A QSaveFile is
-/// kept from being committed.
-void dropGatheredWrites(QIODevice* device);
+    /// Whether a copy of \a table onto \a target can begin.
+    static bool canCopy(const DbfTable& table, const QIODevice* target);
 
-/// Closes \a device, unless it is a QSaveFile: that ends the process when it is closed, and waits
-/// for its owner's commit().
-void closeDevice(QIODevice* device);
-
-/// Writes everything that stands before the records: header, field descriptors, terminator and,
-/// where the version has one, an empty back-link area. Throws WriteError.
-void writeTableStart(QIODevice* device, const DbfTableDescriptor& descriptor,
-                     const DbfSchema& schema);
+    std::unique_ptr<RecordImageCodec> layout;
+    quint64 openings = 0;      ///< Successful ones.
+    quint64 changes = 0;       ///< How often a header was read or the table closed.
+    quint64 appends = 0;       ///< How often records were written behind the last one.
+    std::optional<qint64> end; ///< Of the file, in bytes, once the first write has asked for it.
+    std::optional<qint64> missingEndMarker; ///< Where it was overwritten and must stand again.
+};
 
 } // namespace dbf
 

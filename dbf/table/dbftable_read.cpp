@@ -3,21 +3,35 @@
 
 #include <dbf/converters/fieldtext_p.h>
 #include <dbf/format/layout_p.h>
-#include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable_p.h>
+#include <dbf/table/deviceprimitives_p.h>
 
 #include <limits>
 
 namespace dbf
 {
 
+namespace
+{
+
+// No record is no error, whatever the device does; one of a caller's own sees the call all the
+// same.
+void visitSlot(QIODevice* device, int index, const DbfTableDescriptor& descriptor)
+{
+    if (index < 0 || static_cast<quint32>(index) > descriptor.recordCount)
+        throw DbfTable::ReadError;
+    seekTo(device, DbfTable::recordOffset(index, descriptor));
+}
+
+} // namespace
+
 DbfRecord DbfTable::readRecord(int index)
 {
     DbfRecord record;
-    const bool read = recordingErrors([&] {
+    const bool read = Private::recordingErrors(*this, [&] {
         const QByteArray image = readRecordData(device(), index, m_descriptor);
-        usingImageCodec(
-            [&](RecordImageCodec& codec) { record = codec.parse(viewOf(image), index); });
+        Private::usingLayout(
+            *this, [&](RecordImageCodec& layout) { record = layout.parse(viewOf(image), index); });
     });
     return read ? record : blankRecord(-1);
 }
@@ -25,21 +39,23 @@ DbfRecord DbfTable::readRecord(int index)
 QVector<DbfRecord> DbfTable::readRecords(int first, int count)
 {
     QVector<DbfRecord> records;
-    const bool read = recordingErrors([&] {
+    const bool read = Private::recordingErrors(*this, [&] {
         if (count < 0)
             throw ReadError;
+        if (count == 0)
+            return visitSlot(device(), first, m_descriptor);
         requirePlausibleCount(device(), count, m_descriptor);
         const QByteArray images =
             readRecordsData(device(), first, static_cast<unsigned>(count), m_descriptor);
         records.reserve(count);
         const std::string_view all = viewOf(images);
         const size_t length = m_descriptor.recordLength;
-        usingImageCodec([&](RecordImageCodec& codec) {
+        Private::usingLayout(*this, [&](RecordImageCodec& layout) {
             for (int i = 0; i < count; ++i) {
                 const qint64 index =
                     qMin<qint64>(qint64(first) + i, std::numeric_limits<int>::max());
-                records.append(codec.parse(all.substr(static_cast<size_t>(i) * length, length),
-                                           static_cast<int>(index)));
+                records.append(layout.parse(all.substr(static_cast<size_t>(i) * length, length),
+                                            static_cast<int>(index)));
             }
         });
     });
@@ -49,8 +65,8 @@ QVector<DbfRecord> DbfTable::readRecords(int first, int count)
 bool DbfTable::isRecordDeleted(int index)
 {
     char flag = 0;
-    const bool read = recordingErrors([&] {
-        seekRecord(device(), index, m_descriptor, 0);
+    const bool read = Private::recordingErrors(*this, [&] {
+        seekForReading(device(), index, m_descriptor);
         if (!device()->isReadable() ||
             device()->read(&flag, layout::deletionFlagSize) != layout::deletionFlagSize)
             throw ReadError;

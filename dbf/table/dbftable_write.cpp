@@ -2,43 +2,80 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/fieldtext_p.h>
-#include <dbf/format/recordimage_p.h>
 #include <dbf/table/dbftable_p.h>
+#include <dbf/table/deviceprimitives_p.h>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace dbf
 {
 
 namespace
 {
+
 constexpr int appendBlockSize = 65536; // bytes
+constexpr int endMarkerSize = sizeof(char);
+
+qint64 endOfRecords(const DbfTableDescriptor& descriptor)
+{
+    return descriptor.headerLength + qint64(descriptor.recordCount) * descriptor.recordLength;
+}
+
 } // namespace
 
-// Runs \a operation, which writes to the device and flushes it. When the device fails at that,
-// nothing is left behind for it to write later.
-template <typename Operation>
-void DbfTable::writingWhole(Operation operation)
+/// How table and device stand before converters run, which may use both: what was true then may
+/// have to be made true again before anything is written.
+class DbfTable::Private::Standing
 {
-    try {
-        operation();
-    } catch (...) {
-        dropGatheredWrites(device());
-        throw;
+public:
+    explicit Standing(DbfTable& table)
+        : m_table(&table)
+        , m_changes(of(table).changes)
+        , m_appends(of(table).appends)
+        , m_position(table.m_device->pos())
+    {
     }
-}
+
+    /// Throws WriteError when the table was opened anew or closed: the record was meant for what it
+    /// was.
+    void requireSameTable() const
+    {
+        if (of(*m_table).changes != m_changes)
+            throw WriteError;
+        requireExactWrites(m_table->device());
+    }
+
+    /// Whether other records were written behind the last one.
+    bool hasAppended() const { return of(*m_table).appends != m_appends; }
+
+    /// Whether the device stands elsewhere. It is asked, and not told where to stand, since each
+    /// seek is a call that a caller's own device sees.
+    bool hasMoved() const { return hasAppended() || m_table->m_device->pos() != m_position; }
+
+private:
+    DbfTable* m_table;
+    quint64 m_changes;
+    quint64 m_appends;
+    qint64 m_position;
+};
 
 bool DbfTable::updateRecord(const DbfRecord& record)
 {
     const int index = record.index();
     if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
         return false;
-    return recordingErrors([&] {
+    return Private::recordingErrors(*this, [this, index, record] {
         requireExactWrites(device());
-        seekRecord(device(), index, m_descriptor, 0);
-        usingImageCodec([&](RecordImageCodec& codec) {
-            const QByteArray& image = codec.image(record);
-            writingWhole([&] {
+        Private::seekSlot(*this, index);
+        Private::usingLayout(*this, [&](RecordImageCodec& layout) {
+            const Private::Standing standing(*this);
+            const QByteArray& image = layout.image(record);
+            standing.requireSameTable();
+            if (standing.hasMoved())
+                Private::seekSlot(*this, index);
+            writingWhole(device(), [&] {
                 writeData(device(), image, m_descriptor.recordLength);
                 flushWrites(device());
             });
@@ -48,13 +85,18 @@ bool DbfTable::updateRecord(const DbfRecord& record)
 
 bool DbfTable::appendRecord(const DbfRecord& record)
 {
-    return recordingErrors([&] {
-        seekSlotForAppending(1);
-        usingImageCodec([&](RecordImageCodec& codec) {
-            const QByteArray& image = codec.image(record);
-            writingWhole([&] {
+    return Private::recordingErrors(*this, [this, record] {
+        Private::seekSlotForAppending(*this, 1);
+        Private::usingLayout(*this, [&](RecordImageCodec& layout) {
+            const Private::Standing standing(*this);
+            const QByteArray& image = layout.image(record);
+            standing.requireSameTable();
+            if (standing.hasMoved())
+                Private::seekSlotForAppending(*this, 1);
+            writingWhole(device(), [&] {
+                ++Private::of(*this).appends;
                 writeData(device(), image, m_descriptor.recordLength);
-                finishAppending(1);
+                Private::finishAppending(*this, 1);
             });
         });
     });
@@ -64,17 +106,15 @@ bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
 {
     if (records.isEmpty())
         return true;
-    return recordingErrors([&] {
-        seekSlotForAppending(records.size());
-        bool overwrittenEndMarker = false;
+    return Private::recordingErrors(*this, [this, records] {
+        Private::seekSlotForAppending(*this, records.size());
         try {
-            writingWhole([&] {
-                writeImages(records, overwrittenEndMarker);
-                finishAppending(records.size());
+            writingWhole(device(), [&] {
+                Private::writeImages(*this, records);
+                Private::finishAppending(*this, records.size());
             });
         } catch (...) {
-            if (overwrittenEndMarker)
-                restoreEndMarker();
+            Private::restoreEndMarker(*this);
             throw;
         }
     });
@@ -84,73 +124,132 @@ bool DbfTable::create(const DbfSchema& schema)
 {
     if (!m_device || !m_device->open(QIODevice::WriteOnly))
         return error(OpenError);
-    return recordingErrors([&] {
-        requireExactWrites(device());
-        const DbfTableDescriptor descriptor =
-            emptyTableDescriptor(codePageByCodec(schema.codec), schema);
-        writeTableStart(device(), descriptor, schema);
-        writeEndMarker(device());
-        flushWrites(device());
-        closeDevice(device());
+    NewTableDevice target(device());
+    return Private::recordingErrors(*this, [&] {
+        target.start(emptyTableDescriptor(codePageByCodec(schema.codec), schema), schema);
+        target.finish();
     });
+}
+
+void DbfTable::Private::seekSlot(DbfTable& table, int index)
+{
+    std::optional<qint64>& end = of(table).end;
+    if (!end)
+        end = endOfFile(table.device());
+    if (recordOffset(index, table.m_descriptor) > *end)
+        throw ReadError;
+    seekRecord(table.device(), index, table.m_descriptor, 0);
 }
 
 // Beyond what an int numbers no index reaches the slots, and a wrapped one would name a record that
 // exists.
-void DbfTable::seekSlotForAppending(int count)
+void DbfTable::Private::seekSlotForAppending(DbfTable& table, int count)
 {
     constexpr qint64 lastSlot = std::numeric_limits<int>::max();
-    requireExactWrites(device());
-    if (m_descriptor.recordCount + qint64(count) - 1 > lastSlot)
+    requireExactWrites(table.device());
+    if (table.m_descriptor.recordCount + qint64(count) - 1 > lastSlot)
         throw ReadError;
-    seekRecord(device(), static_cast<int>(m_descriptor.recordCount), m_descriptor, 0);
+    seekSlot(table, static_cast<int>(table.m_descriptor.recordCount));
+}
+
+/// Writes images behind the last record, block by block.
+class DbfTable::Private::ImageWriter
+{
+public:
+    ImageWriter(DbfTable& table, int count)
+        : m_table(table)
+        , m_recordLength(table.m_descriptor.recordLength)
+        , m_count(count)
+        , m_standing(table)
+        , m_block(emptyWithRoom(appendBlockSize + m_recordLength))
+    {
+    }
+
+    void add(RecordImageCodec& layout, const DbfRecord& record)
+    {
+        const int start = m_block.size();
+        layout.append(record, m_block);
+        if (m_block.size() - start < m_recordLength)
+            throw WriteError;
+        m_block.resize(start + m_recordLength);
+        if (m_block.size() >= appendBlockSize)
+            writeBlock();
+    }
+
+    /// Writes what is gathered. Leaves the device where the next byte goes.
+    void writeBlock()
+    {
+        m_standing.requireSameTable();
+        if (m_standing.hasMoved())
+            standAgain();
+        if (m_block.isEmpty())
+            return;
+        of(m_table).missingEndMarker = endOfRecords(m_table.m_descriptor);
+        ++of(m_table).appends;
+        writeData(m_table.device(), m_block, m_block.size());
+        m_written += m_block.size();
+        m_block.resize(0);
+        m_standing = Standing(m_table);
+    }
+
+private:
+    // Once blocks are out, records that others appended lie where they lay.
+    void standAgain()
+    {
+        if (m_written == 0)
+            return seekSlotForAppending(m_table, m_count);
+        if (m_standing.hasAppended())
+            throw WriteError;
+        if (!seekTo(m_table.device(), endOfRecords(m_table.m_descriptor) + m_written))
+            throw ReadError;
+    }
+
+    DbfTable& m_table;
+    int m_recordLength;
+    int m_count;
+    Standing m_standing;
+    QByteArray m_block;
+    qint64 m_written = 0;
+};
+
+void DbfTable::Private::writeImages(DbfTable& table, const QVector<DbfRecord>& records)
+{
+    ImageWriter writer(table, records.size());
+    usingLayout(table, [&](RecordImageCodec& layout) {
+        for (const DbfRecord& record : records)
+            writer.add(layout, record);
+        writer.writeBlock();
+    });
 }
 
 // The count grows last: a table that is cut off before never counts a record that is not whole.
-void DbfTable::finishAppending(int count)
+void DbfTable::Private::finishAppending(DbfTable& table, int count)
 {
-    writeEndMarker(device());
-    flushWrites(device());
-    m_descriptor.recordCount += static_cast<quint32>(count);
-    updateRecordCount(device(), m_descriptor.recordCount);
+    QIODevice* const device = table.device();
+    writeEndMarker(device);
+    flushWrites(device);
+    Private& kept = of(table);
+    kept.missingEndMarker.reset();
+    DbfTableDescriptor& header = table.m_descriptor;
+    header.recordCount += static_cast<quint32>(count);
+    kept.end = std::max(*kept.end, endOfRecords(header) + endMarkerSize);
+    updateRecordCount(device, header.recordCount);
     try {
-        flushWrites(device());
+        flushWrites(device);
     } catch (DbfTableError) {
-        dropGatheredWrites(device()); // A count that is not written goes unnoticed.
+        dropGatheredWrites(device); // A count that is not written goes unnoticed.
     }
 }
 
-void DbfTable::writeImages(const QVector<DbfRecord>& records, bool& writing)
+void DbfTable::Private::restoreEndMarker(DbfTable& table)
 {
-    const int recordLength = m_descriptor.recordLength;
-    QByteArray block = emptyWithRoom(appendBlockSize + recordLength);
-    usingImageCodec([&](RecordImageCodec& codec) {
-        for (const DbfRecord& record : records) {
-            const int start = block.size();
-            codec.append(record, block);
-            if (block.size() - start < recordLength)
-                throw WriteError;
-            block.resize(start + recordLength);
-            if (block.size() >= appendBlockSize) {
-                writing = true;
-                writeData(device(), block, block.size());
-                block.resize(0);
-            }
-        }
-    });
-    if (!block.isEmpty()) {
-        writing = true;
-        writeData(device(), block, block.size());
-    }
-}
-
-void DbfTable::restoreEndMarker()
-{
+    const std::optional<qint64> position = std::exchange(of(table).missingEndMarker, std::nullopt);
+    if (!position || !seekTo(table.device(), *position))
+        return;
     try {
-        seekRecord(device(), static_cast<int>(m_descriptor.recordCount), m_descriptor, 0);
-        writingWhole([this] {
-            writeEndMarker(device());
-            flushWrites(device());
+        writingWhole(table.device(), [&] {
+            writeEndMarker(table.device());
+            flushWrites(table.device());
         });
     } catch (DbfTableError) {
         // The failure that brought us here is the one to report.

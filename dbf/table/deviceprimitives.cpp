@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/format/layout_p.h>
-#include <dbf/table/dbftable_p.h>
-#include <dbf/table/fileidentity_p.h>
+#include <dbf/table/deviceidentity_p.h>
+#include <dbf/table/deviceprimitives_p.h>
 
 #include <QtCore/QBuffer>
 #include <QtCore/QFile>
-#include <QtCore/QFileDevice>
+#include <QtCore/QProcess>
 #include <QtCore/QSaveFile>
 #include <QtCore/QtEndian>
 
@@ -22,6 +22,11 @@ namespace
 
 // Qt itself reads ahead this much. Below it, asking a file for its size costs more than it saves.
 constexpr qint64 freelyReadSize = 16384; // bytes
+
+// What is allocated at once for a read from a device that does not tell how much it holds.
+constexpr int blindBlockSize = 8388608; // bytes
+
+constexpr QIODevice::OpenMode losingModes = QIODevice::Truncate | QIODevice::NewOnly;
 
 // Asked before each call, since Qt prints a warning for what it refuses.
 bool canRead(const QIODevice* device)
@@ -54,10 +59,51 @@ bool wouldGrow(const QIODevice* device, qint64 position)
     return buffer && position > buffer->size();
 }
 
-bool seekTo(QIODevice* device, qint64 position)
+/// Returns how many bytes \a device still holds behind its position; nothing where it cannot tell,
+/// as a device of a caller's own need not.
+std::optional<qint64> remainingBytes(QIODevice* device)
 {
-    return device && device->isOpen() && !device->isSequential() && position >= 0 &&
-           !wouldGrow(device, position) && device->seek(position);
+    const qint64 size = device->isSequential() ? 0 : device->size();
+    return size > 0 ? std::optional(std::max<qint64>(size - device->pos(), 0)) : std::nullopt;
+}
+
+QByteArray readOnce(QIODevice* device, int size, int length)
+{
+    QByteArray data(size, Qt::Uninitialized);
+    if (device->read(data.data(), size) != length)
+        throw DbfTable::ReadError;
+    return data;
+}
+
+QByteArray readInBlocks(QIODevice* device, int length)
+{
+    QByteArray data;
+    while (data.size() < length) {
+        const int start = data.size();
+        const int size = std::min(length - start, blindBlockSize);
+        data.reserve(start + size); // or resizing would make room for twice as much
+        data.resize(start + size);
+        if (device->read(data.data() + start, size) != size)
+            throw DbfTable::ReadError;
+    }
+    return data;
+}
+
+// Goes through QIODevice itself, which drops its buffer for every place outside of it, and calls
+// neither the file nor a caller's class of it. Where the file stands follows with the next seek.
+void dropReadAhead(QIODevice* device)
+{
+    if (device && device->isOpen() && !device->isSequential() && asFileDevice(device))
+        device->QIODevice::seek(std::numeric_limits<qint64>::max());
+}
+
+// A program that has ended cannot have taken in all that it was given: the end of its input was
+// still to come.
+void requireRunning(QIODevice* device)
+{
+    auto* const process = qobject_cast<QProcess*>(device);
+    if (process && (process->state() == QProcess::NotRunning || process->waitForFinished(0)))
+        throw DbfTable::WriteError;
 }
 
 void writeByte(QIODevice* device, char byte)
@@ -68,19 +114,28 @@ void writeByte(QIODevice* device, char byte)
 
 } // namespace
 
-qint64 obtainable(QIODevice* device, qint64 length)
+bool seekTo(QIODevice* device, qint64 position)
 {
-    if (length <= freelyReadSize || device->isSequential())
-        return length;
-    const qint64 size = device->size();
-    if (size <= 0)
-        return length; // a device of a caller's own need not know its size
-    return std::clamp<qint64>(size - device->pos(), 0, length);
+    return device && device->isOpen() && !device->isSequential() && position >= 0 &&
+           !wouldGrow(device, position) && device->seek(position);
 }
 
 qint64 readUpTo(QIODevice* device, char* data, qint64 length)
 {
-    return canRead(device) ? device->read(data, obtainable(device, length)) : -1;
+    if (!canRead(device))
+        return -1;
+    const qint64 wanted = length > freelyReadSize
+                              ? std::min(remainingBytes(device).value_or(length), length)
+                              : length;
+    const qint64 size = device->read(data, wanted);
+    return size <= wanted ? size : -1;
+}
+
+void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& descriptor)
+{
+    requireExactReads(device);
+    dropReadAhead(device);
+    DbfTable::seekRecord(device, index, descriptor, 0);
 }
 
 void requirePlausibleCount(const QIODevice* device, qint64 count,
@@ -90,10 +145,32 @@ void requirePlausibleCount(const QIODevice* device, qint64 count,
         throw DbfTable::ReadError;
 }
 
+void requireExactReads(const QIODevice* device)
+{
+    if (device && device->isTextModeEnabled())
+        throw DbfTable::ReadError;
+}
+
 void requireExactWrites(const QIODevice* device)
 {
     if (device && device->openMode() & (QIODevice::Append | QIODevice::Text))
         throw DbfTable::WriteError;
+}
+
+qint64 endOfFile(QIODevice* device)
+{
+    const auto* const file = asFileDevice(device);
+    return file ? file->size() : std::numeric_limits<qint64>::max();
+}
+
+QIODevice::OpenMode modeForReopening(QIODevice::OpenMode mode)
+{
+    return mode & ~losingModes;
+}
+
+bool warnsWithoutAccess(QIODevice* device)
+{
+    return asFileDevice(device) || qobject_cast<QBuffer*>(device);
 }
 
 void flushWrites(QIODevice* device)
@@ -101,6 +178,16 @@ void flushWrites(QIODevice* device)
     auto* const file = asFileDevice(device);
     if (file && !file->flush())
         throw DbfTable::WriteError;
+}
+
+void drainWrites(QIODevice* device)
+{
+    if (!device->isSequential() || asFileDevice(device))
+        return;
+    while (device->bytesToWrite() > 0) {
+        if (!device->waitForBytesWritten(-1))
+            throw DbfTable::WriteError;
+    }
 }
 
 void dropGatheredWrites(QIODevice* device)
@@ -113,40 +200,63 @@ void dropGatheredWrites(QIODevice* device)
         return;
     }
     const QIODevice::OpenMode mode = file->openMode();
-    const std::optional<FileIdentity> identity = identityOf(*file);
+    const std::optional<FileIdentity> identity = identityOfFile(*file);
     file->close();
     if (!(mode & QIODevice::ReadOnly) || file->fileName().isEmpty() ||
-        identityOf(*file) != identity)
+        identityOfFile(*file) != identity)
         return;
-    file->open((mode & ~(QIODevice::Truncate | QIODevice::NewOnly)) | QIODevice::ExistingOnly);
+    file->open(modeForReopening(mode) | QIODevice::ExistingOnly);
 }
 
 void closeDevice(QIODevice* device)
 {
-    if (!qobject_cast<QSaveFile*>(device))
+    if (auto* const process = qobject_cast<QProcess*>(device))
+        process->closeWriteChannel();
+    else if (!qobject_cast<QSaveFile*>(device))
         device->close();
 }
 
-void writeTableStart(QIODevice* device, const DbfTableDescriptor& descriptor,
-                     const DbfSchema& schema)
+NewTableDevice::~NewTableDevice()
 {
-    DbfTable::writeData(device, DbfTable::serializeTableDescriptor(descriptor), layout::headerSize);
-    DbfTable::writeData(device, DbfTable::serializeSchema(schema),
+    if (m_finished)
+        return;
+    if (auto* const saveFile = qobject_cast<QSaveFile*>(m_device))
+        saveFile->cancelWriting();
+}
+
+void NewTableDevice::start(const DbfTableDescriptor& descriptor, const DbfSchema& schema)
+{
+    requireExactWrites(m_device);
+    DbfTable::writeData(m_device, DbfTable::serializeTableDescriptor(descriptor),
+                        layout::headerSize);
+    DbfTable::writeData(m_device, DbfTable::serializeSchema(schema),
                         DbfTable::schemaLength(descriptor));
-    DbfTable::writeSchemaTerminator(device);
+    DbfTable::writeSchemaTerminator(m_device);
     if (DbfTable::hasDbc(descriptor))
-        DbfTable::writeData(device, QByteArray(layout::backLinkSize, '\0'), layout::backLinkSize);
+        DbfTable::writeData(m_device, QByteArray(layout::backLinkSize, '\0'), layout::backLinkSize);
+}
+
+void NewTableDevice::finish()
+{
+    DbfTable::writeEndMarker(m_device);
+    flushWrites(m_device);
+    drainWrites(m_device);
+    requireRunning(m_device);
+    closeDevice(m_device);
+    m_finished = true;
 }
 
 QByteArray DbfTable::readData(QIODevice* device, int length)
 {
     if (length < 0 || !canRead(device))
         throw ReadError;
-    const qint64 size = obtainable(device, length);
-    QByteArray data(static_cast<int>(size), Qt::Uninitialized);
-    if (device->read(data.data(), size) != length)
-        throw ReadError;
-    return data;
+    if (length <= freelyReadSize)
+        return readOnce(device, length, length);
+    const std::optional<qint64> remaining = remainingBytes(device);
+    if (!remaining && length > blindBlockSize)
+        return readInBlocks(device, length);
+    return readOnce(device, static_cast<int>(std::min<qint64>(remaining.value_or(length), length)),
+                    length);
 }
 
 QByteArray DbfTable::readTableDescriptorData(QIODevice* device)
@@ -171,7 +281,7 @@ void DbfTable::seekRecord(QIODevice* device, int index, const DbfTableDescriptor
 QByteArray DbfTable::readRecordData(QIODevice* device, int index,
                                     const DbfTableDescriptor& descriptor)
 {
-    seekRecord(device, index, descriptor, 0);
+    seekForReading(device, index, descriptor);
     return readData(device, descriptor.recordLength);
 }
 
@@ -181,7 +291,7 @@ QByteArray DbfTable::readRecordsData(QIODevice* device, int first, unsigned long
     constexpr unsigned long maxSize = std::numeric_limits<int>::max();
     if (descriptor.recordLength != 0 && count > maxSize / descriptor.recordLength)
         throw ReadError;
-    seekRecord(device, first, descriptor, 0);
+    seekForReading(device, first, descriptor);
     return readData(device, static_cast<int>(count * descriptor.recordLength));
 }
 

@@ -18,11 +18,12 @@ QByteArray transformField(const QByteArray& bytes, const DbfSchema& sourceSchema
 {
     if (!targetColumn.needConvert(sourceColumn) && sourceSchema.codec == targetSchema.codec)
         return bytes;
-    const DbfFieldConverter* const target = converterOf(targetColumn);
-    QVariant value =
-        converterOf(sourceColumn)->toVariant(bytes, sourceSchema, sourceColumn.descriptor);
-    target->convertVariant(value);
-    return target->toByteArray(value, targetSchema, targetColumn.descriptor);
+    // Copies, since a converter may change the schema that the columns were taken from.
+    const DbfColumn source = sourceColumn;
+    const DbfColumn target = targetColumn;
+    QVariant value = converterOf(source)->toVariant(bytes, sourceSchema, source.descriptor);
+    converterOf(target)->convertVariant(value);
+    return converterOf(target)->toByteArray(value, targetSchema, target.descriptor);
 }
 
 QByteArray resizeField(const QByteArray& bytes, int fromLength, int toLength)

@@ -3,7 +3,8 @@
 
 #include <dbf/converters/fieldtext_p.h>
 #include <dbf/table/dbftable_p.h>
-#include <dbf/transform/copytarget_p.h>
+#include <dbf/table/deviceidentity_p.h>
+#include <dbf/table/deviceprimitives_p.h>
 #include <dbf/transform/recordtransformer_p.h>
 
 #include <algorithm>
@@ -17,40 +18,91 @@ namespace
 
 constexpr int maxBatchSize = 8388608; // bytes
 
-/// Rewrites the records of \a source, which are read in batches, one write each.
-/// Returns false when \a progress stops it.
-bool copyRecords(QIODevice* source, const DbfTableDescriptor& sourceDescriptor,
-                 RecordTransformer& transformer, QIODevice* target, int targetRecordLength,
-                 const std::function<bool(int, int)>& progress)
+} // namespace
+
+/// One copy of a table. It works on what the table was when it began.
+class DbfTable::Private::Copy
 {
-    const int recordLength = sourceDescriptor.recordLength;
-    const int batchSize = maxBatchSize / recordLength;
-    const auto count = static_cast<int>(sourceDescriptor.recordCount);
-    QByteArray image = emptyWithRoom(targetRecordLength);
+public:
+    using Progress = std::function<bool(int done, int total)>;
+
+    Copy(DbfTable& table, const DbfSchemaTransform& transform, QIODevice* target)
+        : m_table(table)
+        , m_opening(of(table).openings)
+        , m_source(table.descriptor())
+        , m_transformer(table.schema(), transform)
+        , m_target(target)
+    {
+    }
+
+    /// Writes the whole copy. Returns false when \a progress stops it.
+    bool run(const DbfSchema& targetSchema, const Progress& progress);
+
+private:
+    void requireSameTable() const;
+    void copyBatch(int first, int count);
+
+    DbfTable& m_table;
+    quint64 m_opening;
+    DbfTableDescriptor m_source;
+    RecordTransformer m_transformer;
+    QIODevice* m_target;
+    QByteArray m_image;
+    int m_targetRecordLength = 0;
+};
+
+bool DbfTable::Private::Copy::run(const DbfSchema& targetSchema, const Progress& progress)
+{
+    NewTableDevice device(m_target);
+    const DbfTableDescriptor header = DbfTable::transformDescriptor(m_source, targetSchema);
+    device.start(header, targetSchema);
+    m_targetRecordLength = header.recordLength;
+    m_image = emptyWithRoom(m_targetRecordLength);
+
+    const int batchSize = maxBatchSize / m_source.recordLength;
+    const auto count = static_cast<int>(m_source.recordCount);
     for (int start = 0; start < count;) {
         const int batch = std::min(batchSize, count - start);
-        const QByteArray images = DbfTable::readRecordsData(
-            source, start, static_cast<unsigned>(batch), sourceDescriptor);
-        const char* record = images.constData();
-        for (int i = 0; i < batch; ++i, record += recordLength) {
-            image.resize(0);
-            transformer.append({record, static_cast<size_t>(recordLength)}, image);
-            DbfTable::writeData(target, image, targetRecordLength);
-        }
+        copyBatch(start, batch);
         start += batch;
         if (progress && !progress(start, count))
             return false;
     }
-    return count > 0 || !progress || progress(0, 0);
+    if (count == 0 && progress && !progress(0, 0))
+        return false;
+    requireSameTable();
+    device.finish();
+    return true;
 }
 
-} // namespace
-
-bool DbfTable::canCopyTo(const QIODevice* target) const
+// What a converter or progress opened meanwhile may be another table, even of the same layout.
+void DbfTable::Private::Copy::requireSameTable() const
 {
-    return m_opened && m_device && target && m_descriptor.recordLength > 0 &&
-           m_descriptor.recordCount <= static_cast<quint32>(std::numeric_limits<int>::max()) &&
-           !m_device->isTextModeEnabled() && !wouldOverwrite(target, m_device.get());
+    if (of(m_table).openings != m_opening)
+        throw DbfTable::ReadError;
+}
+
+void DbfTable::Private::Copy::copyBatch(int first, int count)
+{
+    requireSameTable();
+    const int recordLength = m_source.recordLength;
+    const QByteArray images =
+        DbfTable::readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
+    const char* record = images.constData();
+    for (int i = 0; i < count; ++i, record += recordLength) {
+        m_image.resize(0);
+        m_transformer.append({record, static_cast<size_t>(recordLength)}, m_image);
+        DbfTable::writeData(m_target, m_image, m_targetRecordLength);
+    }
+    drainWrites(m_target);
+}
+
+bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
+{
+    const DbfTableDescriptor& header = table.m_descriptor;
+    return table.m_opened && table.m_device && target && header.recordLength > 0 &&
+           header.recordCount <= static_cast<quint32>(std::numeric_limits<int>::max()) &&
+           !table.m_device->isTextModeEnabled() && !wouldOverwrite(target, table.device());
 }
 
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
@@ -61,20 +113,13 @@ bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& tra
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
                                 const std::function<bool(int done, int total)>& progress)
 {
-    if (!canCopyTo(device) || !device->open(QIODevice::WriteOnly))
+    if (!Private::canCopy(*this, device))
+        return false;
+    Private::Copy copy(*this, transform, device);
+    if (!device->open(QIODevice::WriteOnly))
         return false;
     try {
-        const DbfTableDescriptor descriptor = transformDescriptor(m_descriptor, transform.schema);
-        RecordTransformer transformer(m_schema, transform);
-        requireExactWrites(device);
-        writeTableStart(device, descriptor, transform.schema);
-        if (!copyRecords(m_device.get(), m_descriptor, transformer, device, descriptor.recordLength,
-                         progress))
-            return false;
-        writeEndMarker(device);
-        flushWrites(device);
-        closeDevice(device);
-        return true;
+        return copy.run(transform.schema, progress);
     } catch (DbfTableError) {
         return false;
     }

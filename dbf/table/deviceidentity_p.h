@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#ifndef DBF_TABLE_FILEIDENTITY_P_H
-#define DBF_TABLE_FILEIDENTITY_P_H
+#ifndef DBF_TABLE_DEVICEIDENTITY_P_H
+#define DBF_TABLE_DEVICEIDENTITY_P_H
 
 #include <QtCore/QFileDevice>
 
@@ -27,7 +27,12 @@ struct FileIdentity {
 
 /// Returns the identity of the file that \a file has open, or that its name leads to while it is
 /// closed; nothing when there is none.
-std::optional<FileIdentity> identityOf(const QFileDevice& file);
+std::optional<FileIdentity> identityOfFile(const QFileDevice& file);
+
+/// Returns whether writing \a target destroys what \a source reads: both are one device, one buffer
+/// or one file. A QSaveFile replaces its file only in the end, and does not, unless it would write
+/// in place.
+bool wouldOverwrite(const QIODevice* target, const QIODevice* source);
 
 } // namespace dbf
 

@@ -1,27 +1,37 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/table/fileidentity_p.h>
-#include <dbf/transform/copytarget_p.h>
+#include <dbf/table/deviceidentity_p.h>
 
 #include <QtCore/QBuffer>
-#include <QtCore/QFileDevice>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QTemporaryFile>
 
-#include <optional>
+#include <sys/stat.h>
 
 namespace dbf
 {
+
+std::optional<FileIdentity> identityOfFile(const QFileDevice& file)
+{
+    struct stat status = {};
+    const int result = file.isOpen()
+                           ? fstat(file.handle(), &status)
+                           : stat(QFile::encodeName(file.fileName()).constData(), &status);
+    if (result != 0)
+        return std::nullopt;
+    return FileIdentity{status.st_dev, status.st_ino};
+}
 
 namespace
 {
 
 bool isSameFile(const QFileDevice& a, const QFileDevice& b)
 {
-    const std::optional<FileIdentity> first = identityOf(a);
-    return first && first == identityOf(b);
+    const std::optional<FileIdentity> first = identityOfFile(a);
+    return first && first == identityOfFile(b);
 }
 
 // With its fallback allowed, a QSaveFile writes in place where it cannot make a file beside its

@@ -1,0 +1,322 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include "testtables.h"
+
+#include <QtCore/QBuffer>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <functional>
+#include <random>
+
+using namespace dbf;
+using namespace testtables;
+
+namespace
+{
+
+constexpr int fieldLength = 9;
+
+QByteArray image(const QByteArray& text, char flag = ' ')
+{
+    return flag + text.leftJustified(fieldLength, '.');
+}
+
+Table tableOf(const QVector<QByteArray>& records)
+{
+    return {{field("TEXT", 'C', fieldLength)}, records};
+}
+
+/// A caller's own converter that does something else each time before it gives its bytes.
+class Meddler : public DbfFieldConverter
+{
+public:
+    std::function<void()> deed = [] {};
+
+    QByteArray toByteArray(const QVariant& value, const DbfSchema&,
+                           const DbfFieldDescriptor& field) const override
+    {
+        deed();
+        return value.toByteArray().leftJustified(field.length, '.', true);
+    }
+
+    QVariant toVariant(const QByteArray& bytes, const DbfSchema&,
+                       const DbfFieldDescriptor&) const override
+    {
+        const std::string before(bytes.constData(), static_cast<size_t>(bytes.size()));
+        deed();
+        return before == bytes.toStdString() ? QVariant(QByteArray(before.c_str())) : QVariant();
+    }
+
+    bool convertVariant(QVariant& /*value*/) const override { return true; }
+};
+
+/// A table in a file, its records known, with a converter that meddles.
+struct MeddledTable {
+    explicit MeddledTable(const QString& path, int count) : file(path), table(&file)
+    {
+        for (int i = 0; i < count; ++i)
+            records << image("old " + QByteArray::number(i));
+        writeFile(path, tableOf(records).bytes());
+        table.open(QIODevice::ReadWrite);
+        install();
+    }
+
+    void install() { table.setFieldConverter(0, &meddler); }
+
+    bool update(int index, const QByteArray& text)
+    {
+        const bool updated = table.updateRecord({index, {text}});
+        if (updated)
+            records[index] = image(text);
+        return updated;
+    }
+
+    bool append(const QByteArray& text, int count)
+    {
+        const DbfRecord record(-1, {text});
+        const bool appended = count == 1 ? table.appendRecord(record)
+                                         : table.appendRecords(QVector<DbfRecord>(count, record));
+        if (appended)
+            records += QVector<QByteArray>(count, image(text));
+        return appended;
+    }
+
+    /// Compares the file with the records that it must hold. Behind them a refused bulk append may
+    /// have left some that nobody counts.
+    bool holdsItsRecords() const
+    {
+        return readFile(file.fileName()).startsWith(tableOf(records).bytes());
+    }
+
+    QFile file;
+    Meddler meddler;
+    DbfTable table;
+    QVector<QByteArray> records;
+};
+
+using Deed = std::function<void(MeddledTable&)>;
+using Write = std::function<bool(MeddledTable&)>;
+enum Effect { Nothing, Appends, Refused };
+
+} // namespace
+
+Q_DECLARE_METATYPE(Deed)
+Q_DECLARE_METATYPE(Write)
+Q_DECLARE_METATYPE(Effect)
+
+/// What converters and callbacks of a caller's own may do with the table that calls them.
+class TestCallbacks : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void writesLandWhereTheyBelong_data()
+    {
+        QTest::addColumn<Write>("write");
+        QTest::addColumn<int>("meddledCall");
+        QTest::addColumn<Deed>("deed");
+        QTest::addColumn<Effect>("effect");
+        struct NamedDeed {
+            const char* name;
+            Deed deed;
+            Effect effect;
+        };
+        const QVector<NamedDeed> deeds{
+            {"reads", [](MeddledTable& t) { t.table.readRecord(0); }, Nothing},
+            {"looks at a flag", [](MeddledTable& t) { t.table.isRecordDeleted(1); }, Nothing},
+            {"walks", [](MeddledTable& t) { DbfRecordCursor(t.table).next(); }, Nothing},
+            {"seeks", [](MeddledTable& t) { t.file.seek(7); }, Nothing},
+            {"updates", [](MeddledTable& t) { t.update(1, "nested"); }, Nothing},
+            {"appends", [](MeddledTable& t) { t.append("nested", 1); }, Appends},
+            {"appends many", [](MeddledTable& t) { t.append("nested", 8000); }, Appends},
+            {"closes", [](MeddledTable& t) { t.table.close(); }, Refused},
+            {"reopens", [](MeddledTable& t) { t.table.reopen(); }, Refused},
+            {"opens", [](MeddledTable& t) { t.file.seek(0), t.table.open({}); }, Refused},
+        };
+        const auto rows = [&](const QByteArray& name, int call, const Write& write) {
+            for (const NamedDeed& deed : deeds)
+                QTest::newRow(name + ' ' + deed.name)
+                    << write << call << deed.deed
+                    << (deed.effect == Appends && call > 1 ? Refused : deed.effect);
+        };
+        rows("update", 1, [](MeddledTable& t) { return t.update(2, "outer"); });
+        rows("append", 1, [](MeddledTable& t) { return t.append("outer", 1); });
+        rows("bulk append", 1, [](MeddledTable& t) { return t.append("outer", 20000); });
+        rows("bulk append under way", 15000,
+             [](MeddledTable& t) { return t.append("outer", 20000); });
+    }
+
+    void writesLandWhereTheyBelong()
+    {
+        QFETCH(Write, write);
+        QFETCH(int, meddledCall);
+        QFETCH(Deed, deed);
+        QFETCH(Effect, effect);
+        MeddledTable t(m_folder.filePath("a.dbf"), 3);
+        int calls = 0;
+        t.meddler.deed = [&] {
+            if (++calls == meddledCall)
+                deed(t);
+        };
+        QCOMPARE(write(t), effect != Refused);
+        QCOMPARE(t.table.lastError(), effect == Refused ? DbfTable::WriteError : DbfTable::NoError);
+        QCOMPARE(t.table.recordCount(), t.records.size());
+        QVERIFY(t.holdsItsRecords());
+    }
+
+    // Everything that is allowed, at random, up to three levels deep.
+    void tableSurvivesConvertersAtRandom()
+    {
+        for (unsigned seed = 1; seed <= 20; ++seed) {
+            MeddledTable t(m_folder.filePath("a.dbf"), 5);
+            std::mt19937 random(seed);
+            int depth = 0;
+            const auto step = [&](auto&& self) -> void {
+                if (depth == 3 || random() % 3 != 0)
+                    return;
+                ++depth;
+                t.meddler.deed = [&] { self(self); };
+                actAtRandom(t, random);
+                --depth;
+            };
+            for (int i = 0; i < 60; ++i) {
+                step(step);
+                t.table.error(DbfTable::NoError);
+                if (!t.table.isOpen())
+                    QVERIFY(t.table.open(QIODevice::ReadWrite));
+                t.install();
+                QCOMPARE(t.table.recordCount(), t.records.size());
+                QVERIFY2(t.holdsItsRecords(), qPrintable(QString::number(seed)));
+            }
+        }
+    }
+
+    // The copy holds on to what the table was, and stops once it was opened anew.
+    void copyStopsWhenItsTableIsOpenedAnew_data()
+    {
+        QTest::addColumn<bool>("byProgress");
+        QTest::addColumn<QByteArray>("replacement");
+        const QByteArray other = Table{{field("X", 'C', 99)}, {QByteArray(100, ' ')}}.bytes();
+        const QByteArray same = tableOf({image("new"), image("new"), image("new")}).bytes();
+        for (const bool byProgress : {false, true}) {
+            const char* const who = byProgress ? "progress" : "converter";
+            QTest::addRow("%s, other layout", who) << byProgress << other;
+            QTest::addRow("%s, same layout", who) << byProgress << same;
+        }
+    }
+
+    void copyStopsWhenItsTableIsOpenedAnew()
+    {
+        QFETCH(bool, byProgress);
+        QFETCH(QByteArray, replacement);
+        for (const bool reopens : {false, true}) {
+            MeddledTable t(m_folder.filePath("a.dbf"), 3);
+            RecordingDevice target;
+            const auto replace = [&] {
+                QFile::remove(t.file.fileName());
+                writeFile(t.file.fileName(), replacement);
+                if (reopens)
+                    QVERIFY(t.table.reopen());
+            };
+            DbfSchemaTransform transform = identityOf(t.table);
+            transform.schema.columns[0].setConverter(DbfStringConverter::instance());
+            if (!byProgress)
+                t.meddler.deed = replace;
+            const auto progress = [&](int, int) { return byProgress ? (replace(), true) : true; };
+            QCOMPARE(t.table.copyAndTransform(&target, transform, progress), !reopens);
+            QCOMPARE(target.isOpen(), reopens);
+            QVERIFY(!t.table.hasError());
+            t.file.close();
+        }
+    }
+
+    void converterKeepsItsBytesWhateverTheCursorDoes()
+    {
+        Table table{{field("A", 'C', 9), field("B", 'C', 9)}};
+        for (int i = 0; i < 40000; ++i) // some blocks
+            table.records << ' ' + QByteArray::number(i).leftJustified(9, 'a') +
+                                 QByteArray::number(i).leftJustified(9, 'b');
+        OpenTable open(table.bytes());
+        Meddler meddler;
+        open.table.setFieldConverter(0, &meddler);
+        open.table.setFieldConverter(1, &meddler);
+        DbfRecordCursor cursor(open.table);
+        QVERIFY(cursor.next());
+        bool isNested = false;
+        meddler.deed = [&] {
+            if (isNested)
+                return;
+            isNested = true;
+            QCOMPARE(cursor.value(1).toByteArray().at(8), 'b');
+            for (int i = 0; i < 6000; ++i)
+                cursor.next();
+            cursor.record();
+            isNested = false;
+        };
+        for (const int expected : {0, 6000, 18000}) { // a record has two values to read
+            const QVector<QVariant> read =
+                expected == 0 ? QVector<QVariant>{cursor.value(0)} : cursor.record().values;
+            for (const QVariant& value : read)
+                QVERIFY(value.toByteArray().startsWith(QByteArray::number(expected)));
+        }
+    }
+
+    void sizeCheckSurvivesAnOpening()
+    {
+        MeddledTable t(m_folder.filePath("a.dbf"), 1);
+        t.meddler.deed = [&] { t.table.reopen(); };
+        QVERIFY(
+            checkRecordSizeOverflow({0, {"longer than the field"}}, t.table.schema()).isEmpty());
+        t.install();
+        const DbfColumn target(DbfFieldDescriptor::stringField("TARGET", 20));
+        QCOMPARE(transformField("bytes", t.table.schema(), t.table.schema().columns.at(0),
+                                t.table.schema(), target),
+                 QByteArray("bytes").leftJustified(20, '\0'));
+    }
+
+private:
+    static void actAtRandom(MeddledTable& t, std::mt19937& random)
+    {
+        const auto index = static_cast<int>(random() % 8);
+        const QByteArray text = QByteArray::number(quint32(random() % 1000000));
+        switch (random() % 12) {
+        case 0:
+            return void(t.update(index % t.records.size(), text));
+        case 1:
+            return void(t.append(text, 1));
+        case 2:
+            return void(t.append(text, 1 + index));
+        case 3:
+            return void(t.append(text, 7000 + index));
+        case 4:
+            return void(t.table.readRecords(0, index));
+        case 5:
+            return void(t.table.isRecordDeleted(index));
+        case 6:
+            return t.table.close();
+        case 7:
+            t.table.reopen();
+            return t.install();
+        case 8:
+            return void(t.file.isOpen() && t.file.seek(index));
+        case 9:
+            return t.table.overrideTextCodec(codec(index % 2 ? 2251 : 106));
+        case 10: {
+            RecordingDevice target;
+            const auto progress = [&](int, int) { return t.meddler.deed(), true; };
+            return void(t.table.copyAndTransform(&target, identityOf(t.table), progress));
+        }
+        default:
+            for (DbfRecordCursor cursor(t.table, 0, index); cursor.next();)
+                cursor.record();
+        }
+    }
+
+    QTemporaryDir m_folder;
+};
+
+QTEST_GUILESS_MAIN(TestCallbacks)
+
+#include "tst_callbacks.moc"
