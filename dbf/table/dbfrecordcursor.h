@@ -36,6 +36,9 @@ class DbfTable;
 /// - records updated later are seen as they are on the device when their block is read, so an
 ///   update of the current record or one shortly behind it may go unseen;
 /// - a converter or codec that the table gets later does not reach the cursor;
+/// - a converter that is called by the cursor may use it, next() included: the bytes that it was
+///   handed stay as they are until it returns, and record() gives the record that it began with. It
+///   must not destroy the cursor, nor assign to it;
 /// - after reopen() the cursor goes on when the table still has the same layout, and ends with
 ///   ReadError when it has another; after close() it ends with ReadError at its next block.
 ///

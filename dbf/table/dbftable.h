@@ -40,6 +40,24 @@ struct DbfSchemaTransform;
 /// the format, and primitives on a device. They report failure by throwing a DbfTableError; a
 /// device that is null or not open counts as one that reads or writes nothing.
 ///
+/// **Converters and callbacks** of a caller's own (converters, codecs, a copy's progress, a device)
+/// may use the table that calls them in every way but these: they must not destroy, move or swap
+/// it, nor destroy its device. What was begun holds on to what it needs:
+/// - a reading operation and a cursor go on with the columns, converters and codec they began with;
+/// - a record that is being written goes to the slot it was meant for, wherever the device stands
+///   then; an append takes the slot behind what was appended meanwhile. When the table was opened
+///   anew or closed meanwhile, the write is refused with WriteError and nothing of it is written. A
+///   bulk append is refused, too, when other records were appended after its first block;
+/// - a copy stops, as after a failure, once the table was opened anew.
+///
+/// **A device of a caller's own** is read and written through QIODevice's public functions alone.
+/// The library expects that isSequential() tells whether it can seek; that pos() is where the next
+/// byte is read or written; that size() is the number of bytes it holds, or 0 or less when it
+/// cannot tell: reads of more than 16 KiB are cut to what size() leaves, so a size that is too
+/// small loses records; and that read() fills what it is given wherever it can, since a read that
+/// brings fewer bytes than were asked for is a failure, and so is one that claims more. It is
+/// believed to have the slots that it lets itself be moved to.
+///
 /// A table and its device serve one thread at a time. Tables on separate devices are independent.
 class DBFTABLE_EXPORT DbfTable
 {
@@ -65,7 +83,7 @@ public:
     /// destroyDeviceAtExit() says otherwise.
     explicit DbfTable(QIODevice* device);
 
-    /// Takes everything over; \a other is left without device and columns.
+    /// Takes everything over; \a other is left without device and columns, and isOpen() as it was.
     DbfTable(DbfTable&& other) noexcept;
 
     /// Exchanges the two tables: \a other gets this table's former device and releases it when it
@@ -112,7 +130,8 @@ public:
     int recordCount() const;
 
     /// Imposes \a codec (not owned) on text and names, now and in later open() calls. Null lets the
-    /// next open() choose by the header's code page.
+    /// next open() choose by the header's code page. Reaches the next operation, not one under way;
+    /// a cursor is one operation.
     void overrideTextCodec(QTextCodec* codec);
 
     /// Installs \a converter (not owned) on column \a column (0 to the column count minus 1; other
@@ -132,14 +151,16 @@ public:
     /// every column its default converter. Reads no record.
     ///
     /// Returns false, touching nothing, while an error is recorded. Records OpenError without a
-    /// device or when it does not open, ReadError when header or columns are cut short or the
-    /// header length is impossible, UnsupportedVersionError. After a failure isOpen(), the columns
-    /// and (unless only the columns could not be read) descriptor() are as before; the device stays
-    /// open.
+    /// device or when it does not open, ReadError when header or columns are cut short, the header
+    /// length is impossible or the device is in text mode, UnsupportedVersionError. After a failure
+    /// isOpen(), the columns and (unless only the columns could not be read) descriptor() are as
+    /// before; the device stays open.
     bool open(QIODevice::OpenMode mode);
 
-    /// Closes the table and opens it again in the device's current mode. Records as open() does;
-    /// while an error is recorded the table ends up closed and false is returned.
+    /// Closes the table and opens it again in the device's current mode, less what would empty a
+    /// file or refuse one that exists. Records as open() does, OpenError when the device is not
+    /// open, and ReadError when it is open for writing alone, as that would empty it. While an
+    /// error is recorded the table ends up closed and false is returned.
     bool reopen();
 
     /// Returns false when the device is a file and its path now shows a file of another size or
@@ -155,15 +176,20 @@ public:
     /// @name Reading records
     /// @{
 
-    /// Returns record \a index (0 to recordCount() - 1). Records ReadError and returns a transient
-    /// blank record when the index is out of range or the image cannot be read whole, as behind the
-    /// last record, where normally the end marker alone stands.
+    /// Returns record \a index (0 to recordCount() - 1), as it is on the device at that moment.
+    /// Records ReadError and returns a transient blank record when the index is out of range, the
+    /// device is in text mode, or the image cannot be read whole, as behind the last record, where
+    /// normally the end marker alone stands.
     DbfRecord readRecord(int index);
 
     /// Returns \a count records from \a first on, read with one seek and one read. All or nothing:
     /// records ReadError and returns an empty vector when \a first is out of range, \a count is
-    /// negative, the range is longer than 2147483647 bytes, or the device does not hold all of it.
-    /// Reading a big table in ranges of some hundred records is faster than in one.
+    /// negative, the range is longer than 2147483647 bytes, or the device does not hold all of it
+    /// or is in text mode. With a \a count of 0 nothing is read, and \a first alone can be wrong.
+    ///
+    /// Values take more room than their bytes: each at least sizeof(QVariant), even those of
+    /// columns of length 0, of which a record of one byte can have 2046. Reading a big table in
+    /// ranges of some hundred records, or with a DbfRecordCursor, needs little room, and is faster.
     QVector<DbfRecord> readRecords(int first, int count);
 
     /// Returns whether record \a index is marked deleted. Records ReadError and returns true when
@@ -180,18 +206,18 @@ public:
 
     /// Writes \a record over the row that its index names, deleted flag included. Returns false
     /// without recording anything or touching the device for a transient record and for an index
-    /// of recordCount() or more. Records ReadError when the slot cannot be reached, WriteError when
-    /// the image is shorter than the record length or the device is in append or text mode (nothing
-    /// is written then), or when the device does not take the image whole. The header is not
-    /// touched.
+    /// of recordCount() or more. Records ReadError when the slot cannot be reached or begins behind
+    /// the end of a file, WriteError when the image is shorter than the record length, the device
+    /// is in append or text mode, or a converter has opened the table anew or closed it (nothing is
+    /// written in all these cases), or when the device does not take the image whole. The header is
+    /// not touched. Where a file ends is asked once after each opening; own appends move it.
     bool updateRecord(const DbfRecord& record);
 
     /// Writes \a record after the last one (its own index is ignored), then the end marker, then
-    /// the new count into the header. Records ReadError when the slot cannot be reached or the
-    /// table has more records than an index can number, WriteError when the image is shorter than
-    /// the record length or the device is in append or text mode (nothing is written then), or when
-    /// record or end marker are not taken. The count, in memory and in the file, then stays as it
-    /// was. A failed write of the count goes unnoticed.
+    /// the new count into the header. Records ReadError when the slot cannot be reached or begins
+    /// behind the end of a file, or the table has more records than an index can number, WriteError
+    /// as updateRecord() does, and when the end marker is not taken. The count, in memory and in
+    /// the file, then stays as it was. A failed write of the count goes unnoticed.
     bool appendRecord(const DbfRecord& record);
 
     /// Appends all of \a records as appendRecord() would one by one, much faster: one seek, the
@@ -212,8 +238,11 @@ public:
     ///
     /// Records OpenError without a device or when it does not open, HeaderTooLongError for more
     /// than 2046 columns or records longer than 65535 bytes, WriteError when the device does not
-    /// take everything. After a failure the device stays open. Runs even while an error is
-    /// recorded.
+    /// take everything. After a failure the device stays open, and a QSaveFile cannot be committed
+    /// any more. Runs even while an error is recorded.
+    ///
+    /// A socket or pipe is waited for until it has passed everything on; a QProcess gets an end of
+    /// input and is left to end by itself, one that has ended before is a WriteError.
     bool create(const DbfSchema& schema);
 
     /// Writes a copy of the whole table, its columns changed by \a transform, onto \a device (not
@@ -224,10 +253,12 @@ public:
     /// Returns false and records nothing when the table is not open or has no device, its record
     /// length is 0, it has more than 2147483647 records, its device is in text mode, \a device is
     /// null or names the table's own file or buffer (under whatever name or link; a QSaveFile may
-    /// name it, which restructures a file in place), or anything fails on the way; the target then
-    /// stays open with what was written so far. Throws std::out_of_range at the first record when a
-    /// source index of the transform is neither -1 nor a column of this table, or a target column
-    /// has no entry in it.
+    /// name it, which restructures a file in place), the table is opened anew meanwhile, or
+    /// anything fails on the way; the target then stays open with what was written so far, and a
+    /// QSaveFile cannot be committed any more, nor after an exception. A socket, pipe or QProcess
+    /// is treated as by create(), and waited for after each batch. Throws std::out_of_range at the
+    /// first record when a source index of the transform is neither -1 nor a column of this table,
+    /// or a target column has no entry in it.
     [[nodiscard]] bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform);
 
     /// Does the same and calls \a progress, unless it is empty, after each batch of some 8 MiB, the
