@@ -192,6 +192,26 @@ private slots:
                  QString("12.3"));
     }
 
+    // Qt compares them by memory, unused bytes included.
+    void variantsOfTheSameNumberAreEqual()
+    {
+        QDecContext context(0);
+        for (const char* text : {"1.5", "-0", "9.99", "1E+5", "Infinity", "NaN", "0.0000001"}) {
+            alignas(QDecNumber) char memory[2][sizeof(QDecNumber)];
+            memset(memory, '#', sizeof memory);
+            const auto* const one = new (memory[0]) QDecNumber(text);
+            auto* const other = new (memory[1]) QDecNumber("7777777777777777777777777777777777");
+            decNumberCopy(other, one);
+            QVERIFY(*one == *other && !(*one != *other));
+            QCOMPARE(QVariant::fromValue(*one), QVariant::fromValue(*other));
+        }
+        const QDecNumber tenths(-1);
+        QDecNumber rounded("9.96");
+        decNumberRescale(&rounded, &rounded, &tenths, &context);
+        QCOMPARE(QVariant::fromValue(rounded), QVariant::fromValue(QDecNumber("10.0")));
+        QVERIFY(QDecNumber("1.5") != QDecNumber("1.50") && QDecNumber("0") != QDecNumber("-0"));
+    }
+
     void integersComeOutExactlyOrAsZero()
     {
         QDecContext context(0);

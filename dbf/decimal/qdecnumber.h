@@ -10,7 +10,9 @@
 #include <QtCore/QString>
 
 #include <array>
+#include <cstring>
 #include <optional>
+#include <type_traits>
 
 class QDecContext;
 
@@ -73,6 +75,16 @@ public:
     /// The others are "Infinity", "NaN" and "sNaN", with a leading "-" when negative.
     QString toString() const;
 
+    /// Returns whether both are the same: kind, sign, digits and exponent. So 1.5 is not 1.50, -0
+    /// is not 0, and a NaN is equal to itself.
+    friend bool operator==(const QDecNumber& a, const QDecNumber& b)
+    {
+        return std::memcmp(&a, &b, sizeof(QDecNumber)) == 0;
+    }
+
+    /// Returns whether the two differ in any of these.
+    friend bool operator!=(const QDecNumber& a, const QDecNumber& b) { return !(a == b); }
+
 private:
     enum class Kind : quint8 { Finite, Infinity, QuietNaN, SignalingNaN };
 
@@ -102,8 +114,12 @@ private:
     quint8 m_digitCount = 1;
     Kind m_kind = Kind::Finite;
     bool m_negative = false;
+    std::array<quint8, 3> m_padding = {};
     qint32 m_exponent = 0;
 };
+
+// Variants that hold numbers are compared by memory. Unused digits are always 0.
+static_assert(std::has_unique_object_representations_v<QDecNumber>);
 
 Q_DECLARE_TYPEINFO(QDecNumber, Q_MOVABLE_TYPE);
 Q_DECLARE_METATYPE(QDecNumber)
