@@ -53,6 +53,16 @@ void compareVariants(const QVariant& actual, const QVariant& expected)
     QCOMPARE(actual, expected);
 }
 
+/// Saves a value when the program ends, after everything made later is gone.
+struct LateWriter {
+    ~LateWriter()
+    {
+        for (DbfFieldConverter* converter :
+             {text, truth, raw, number, date, int16, int32, int64, binary64, binary32})
+            converter->toByteArray(1, {}, {});
+    }
+} const lateWriter;
+
 } // namespace
 
 class TestConverters : public QObject

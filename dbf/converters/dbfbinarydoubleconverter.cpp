@@ -4,14 +4,14 @@
 #include <dbf/converters/binarynumber_p.h>
 #include <dbf/converters/dbfbinarydoubleconverter.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 
 namespace dbf
 {
 
 DbfBinaryDoubleConverter* DbfBinaryDoubleConverter::instance()
 {
-    static DbfBinaryDoubleConverter converter;
-    return &converter;
+    return sharedInstance<DbfBinaryDoubleConverter>();
 }
 
 QByteArray DbfBinaryDoubleConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

@@ -4,14 +4,14 @@
 #include <dbf/converters/binarynumber_p.h>
 #include <dbf/converters/dbfbinaryfloatconverter.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 
 namespace dbf
 {
 
 DbfBinaryFloatConverter* DbfBinaryFloatConverter::instance()
 {
-    static DbfBinaryFloatConverter converter;
-    return &converter;
+    return sharedInstance<DbfBinaryFloatConverter>();
 }
 
 QByteArray DbfBinaryFloatConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

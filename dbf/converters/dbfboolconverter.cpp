@@ -4,14 +4,14 @@
 #include <dbf/converters/dbfboolconverter.h>
 #include <dbf/converters/decimalvalue_p.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 
 namespace dbf
 {
 
 DbfBoolConverter* DbfBoolConverter::instance()
 {
-    static DbfBoolConverter converter;
-    return &converter;
+    return sharedInstance<DbfBoolConverter>();
 }
 
 QByteArray DbfBoolConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

@@ -2,14 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/dbfbytearrayconverter.h>
+#include <dbf/converters/sharedinstance_p.h>
 
 namespace dbf
 {
 
 DbfByteArrayConverter* DbfByteArrayConverter::instance()
 {
-    static DbfByteArrayConverter converter;
-    return &converter;
+    return sharedInstance<DbfByteArrayConverter>();
 }
 
 QByteArray DbfByteArrayConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

@@ -4,6 +4,7 @@
 #include <dbf/converters/datetext_p.h>
 #include <dbf/converters/dbfdateconverter.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 #include <dbf/model/dbffielddescriptor.h>
 
 namespace dbf
@@ -11,8 +12,7 @@ namespace dbf
 
 DbfDateConverter* DbfDateConverter::instance()
 {
-    static DbfDateConverter converter;
-    return &converter;
+    return sharedInstance<DbfDateConverter>();
 }
 
 QByteArray DbfDateConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

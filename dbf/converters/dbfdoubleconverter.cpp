@@ -5,6 +5,7 @@
 #include <dbf/converters/dbfdoubleconverter.h>
 #include <dbf/converters/fieldtext_p.h>
 #include <dbf/converters/numbertext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 #include <dbf/model/dbffielddescriptor.h>
 
 namespace dbf
@@ -12,8 +13,7 @@ namespace dbf
 
 DbfDoubleConverter* DbfDoubleConverter::instance()
 {
-    static DbfDoubleConverter converter;
-    return &converter;
+    return sharedInstance<DbfDoubleConverter>();
 }
 
 QByteArray DbfDoubleConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

@@ -5,14 +5,14 @@
 #include <dbf/converters/dbfintconverter.h>
 #include <dbf/converters/decimalvalue_p.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 
 namespace dbf
 {
 
 DbfIntConverter* DbfIntConverter::instance()
 {
-    static DbfIntConverter converter;
-    return &converter;
+    return sharedInstance<DbfIntConverter>();
 }
 
 QByteArray DbfIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

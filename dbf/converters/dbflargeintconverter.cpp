@@ -5,6 +5,7 @@
 #include <dbf/converters/dbflargeintconverter.h>
 #include <dbf/converters/decimalvalue_p.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 #include <dbf/decimal/decnumber.h>
 
 #include <array>
@@ -27,8 +28,7 @@ qlonglong decimalToLongLong(const QDecNumber& number)
 
 DbfLargeIntConverter* DbfLargeIntConverter::instance()
 {
-    static DbfLargeIntConverter converter;
-    return &converter;
+    return sharedInstance<DbfLargeIntConverter>();
 }
 
 QByteArray DbfLargeIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

@@ -5,14 +5,14 @@
 #include <dbf/converters/dbfsmallintconverter.h>
 #include <dbf/converters/decimalvalue_p.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 
 namespace dbf
 {
 
 DbfSmallIntConverter* DbfSmallIntConverter::instance()
 {
-    static DbfSmallIntConverter converter;
-    return &converter;
+    return sharedInstance<DbfSmallIntConverter>();
 }
 
 QByteArray DbfSmallIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,

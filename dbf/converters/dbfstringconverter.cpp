@@ -4,6 +4,7 @@
 #include <dbf/converters/datetext_p.h>
 #include <dbf/converters/dbfstringconverter.h>
 #include <dbf/converters/fieldtext_p.h>
+#include <dbf/converters/sharedinstance_p.h>
 #include <dbf/converters/textcodec_p.h>
 #include <dbf/model/dbfschema.h>
 
@@ -14,8 +15,7 @@ namespace dbf
 
 DbfStringConverter* DbfStringConverter::instance()
 {
-    static DbfStringConverter converter;
-    return &converter;
+    return sharedInstance<DbfStringConverter>();
 }
 
 QByteArray DbfStringConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
