@@ -46,37 +46,36 @@ bool isSameDouble(double a, double b)
     return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
 }
 
-/// A caller's codec under the number of a single-byte character set, which it does not have.
-class OddCodec : public QTextCodec
+/// A caller's own codec under a name and number of Qt's: every character stands a place further.
+class CallersCodec : public QTextCodec
 {
 public:
-    enum Oddity { DoublesLetters, ReadsPairs, SwapsPairs, WritesPairs };
-    explicit OddCodec(Oddity oddity) : m_oddity(oddity) {}
+    explicit CallersCodec(int shift) : m_shift(shift) {}
 
-    QByteArray name() const override { return "X-ODD"; }
-    int mibEnum() const override { return 112; }
+    mutable QByteArrayList calls;
+
+    QByteArray name() const override { return calls << "name", "windows-1251"; }
+    int mibEnum() const override { return calls << "number", 2251; }
 
 protected:
     QString convertToUnicode(const char* bytes, int size, ConverterState*) const override
     {
+        calls << (bytes ? "decode " + QByteArray(bytes, size) : "decode null");
         QString text = QString::fromLatin1(bytes, size);
-        if (m_oddity == DoublesLetters)
-            text.replace('x', "xx");
-        if (m_oddity == ReadsPairs)
-            text.replace("ae", QChar(0xE6));
-        if (m_oddity == SwapsPairs)
-            text.replace("ae", "ea");
+        for (QChar& character : text)
+            character = QChar(character.unicode() + m_shift);
         return text;
     }
 
     QByteArray convertFromUnicode(const QChar* units, int size, ConverterState*) const override
     {
         const QByteArray bytes = QString(units, size).toLatin1();
-        return m_oddity == WritesPairs ? QByteArray(bytes).replace('\xE6', "ae") : bytes;
+        calls << "encode " + bytes;
+        return bytes;
     }
 
 private:
-    Oddity m_oddity;
+    int m_shift;
 };
 
 } // namespace
@@ -133,21 +132,39 @@ private slots:
         }
     }
 
-    void oddCodecsAreAskedThemselves()
+    // Also when it stands where another one stood before.
+    void callersCodecIsCalledOncePerTextAndNeverOtherwise()
     {
-        for (const OddCodec::Oddity oddity : {OddCodec::DoublesLetters, OddCodec::ReadsPairs,
-                                              OddCodec::SwapsPairs, OddCodec::WritesPairs}) {
-            auto* const codec = new OddCodec(oddity); // Qt owns and deletes codecs
-            const QByteArray bytes = "  x  ae ae \xE6" + QByteArray(300, 'x') + ' ';
-            const QString text = codec->toUnicode(bytes).trimmed();
-            QCOMPARE(DbfStringConverter::instance()->toVariant(bytes, DbfSchema({}, codec), {}),
-                     QVariant(text));
-            QCOMPARE(DbfStringConverter::fromUnicode(text, 1000, codec, nullptr),
-                     codec->fromUnicode(text));
-            const DbfFieldDescriptor field = DbfFieldDescriptor::stringField({}, 9);
-            QCOMPARE(DbfStringConverter::instance()->toByteArray(QString::fromLatin1(" x\xE6 "),
-                                                                 DbfSchema({}, codec), field),
-                     codec->fromUnicode(QString::fromLatin1("x\xE6")).leftJustified(9, '\0'));
+        alignas(CallersCodec) char storage[sizeof(CallersCodec)];
+        for (const int shift : {1, 2}) {
+            auto* const codec = new (storage) CallersCodec(shift);
+            const DbfSchema schema({DbfFieldDescriptor::stringField("A", 2),
+                                    DbfFieldDescriptor::stringField("B", 1),
+                                    DbfFieldDescriptor::stringField("C", 0)},
+                                   codec);
+            codec->calls.clear();
+            const QVector<QVariant> read = DbfTable::parseRecord(" abc", 0, schema).values;
+            QCOMPARE(codec->calls, (QByteArrayList{"decode ab", "decode c", "decode "}));
+            QCOMPARE(read.at(1).toString(), QString(QChar('c' + shift)));
+            codec->calls.clear();
+            QCOMPARE(DbfTable::serializeRecord({-1, {"xyz", "", "x"}}, {}, schema),
+                     QByteArray(" xy\0", 4));
+            QCOMPARE(codec->calls, (QByteArrayList{"encode xy", "encode ", "encode "}));
+            codec->~CallersCodec();
+        }
+    }
+
+    void emptyTextIsNotNull()
+    {
+        for (const char* codec : {"windows-1251", "UTF-8", "Shift_JIS"}) {
+            const DbfSchema schema(
+                {DbfFieldDescriptor::stringField("A", 1), DbfFieldDescriptor::stringField("B", 0)},
+                QTextCodec::codecForName(codec));
+            for (const QByteArray& image : {QByteArray(" a"), QByteArray("  "), QByteArray(" ")}) {
+                const QString text =
+                    DbfTable::parseRecord(image, 0, schema).values.at(1).toString();
+                QVERIFY2(text.isEmpty() && !text.isNull(), codec);
+            }
         }
     }
 

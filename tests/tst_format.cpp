@@ -8,6 +8,8 @@
 #include <QtCore/QTextCodec>
 #include <QtTest/QtTest>
 
+#include <limits>
+
 using namespace dbf;
 
 namespace
@@ -171,6 +173,15 @@ private slots:
                  DbfTable::parseFieldDescriptor(written, textCodec).name);
     }
 
+    void lengthsOfMillionsOfColumnsSaturate()
+    {
+        constexpr int count = 8500000;
+        DbfSchema schema;
+        schema.columns.fill(DbfColumn(DbfFieldDescriptor::stringField({}, 255)), count);
+        QCOMPARE(DbfTable::calcRecordLength(schema), std::numeric_limits<int>::max());
+        QCOMPARE(DbfTable::calcSchemaLength(schema), 32 * count + 1);
+    }
+
     void codePagesNameTheirCodecs()
     {
         QTextCodec* const windows = QTextCodec::codecForName("Windows-1251");
@@ -186,6 +197,19 @@ private slots:
         QCOMPARE(DbfTable::codePageByCodec(dos), DbfCodePage::IBM866);
         QCOMPARE(DbfTable::codePageByCodec(koi8), DbfCodePage::NotSet);
         QCOMPARE(DbfTable::codePageByCodec(nullptr), DbfCodePage::NotSet);
+        struct : QTextCodec { // whose name says more than its number
+            QByteArray name() const override { return "IBM 866"; }
+            int mibEnum() const override { return 2251; }
+            QString convertToUnicode(const char*, int, ConverterState*) const override
+            {
+                return {};
+            }
+            QByteArray convertFromUnicode(const QChar*, int, ConverterState*) const override
+            {
+                return {};
+            }
+        } named;
+        QCOMPARE(DbfTable::codePageByCodec(&named), DbfCodePage::IBM866);
     }
 
     void languageIdsHaveTheirCharacterSet()

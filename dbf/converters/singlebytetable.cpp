@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <typeinfo>
 
 namespace dbf
 {
@@ -31,6 +32,18 @@ struct CachedTable {
     const SingleByteTable* table = nullptr; // null when the codec belies its number
     const CachedTable* next = nullptr;
 };
+
+// The classes of Qt's own codecs. Theirs alone live as long as the process, so that an address
+// stays one codec's, and may be asked for all their characters beforehand: a codec of a caller's
+// own is called for texts only, whatever name and number it has.
+bool isOfQt(const QTextCodec& codec)
+{
+    static constexpr std::array classNames{"9QIcuCodec", "17QSimpleTextCodec", "12QLatin1Codec",
+                                           "13QLatin15Codec"};
+    const char* const name = typeid(codec).name();
+    return std::any_of(classNames.begin(), classNames.end(),
+                       [name](const char* own) { return std::strcmp(own, name) == 0; });
+}
 
 // Grows only at its head; entries never change and live as long as the process.
 std::atomic<const CachedTable*> cachedTables{nullptr};
@@ -77,7 +90,8 @@ const SingleByteTable* SingleByteTable::of(QTextCodec* codec)
 {
     if (const CachedTable* const entry = findCached(codec))
         return entry->table;
-    if (!std::binary_search(singleByteMibs.begin(), singleByteMibs.end(), codec->mibEnum()))
+    if (!isOfQt(*codec) ||
+        !std::binary_search(singleByteMibs.begin(), singleByteMibs.end(), codec->mibEnum()))
         return nullptr;
 
     // Two threads may both get here for one codec. Both then make equal tables, and both entries
@@ -118,7 +132,7 @@ bool SingleByteTable::readDecoding(const QTextCodec& codec)
     return true;
 }
 
-// A caller's codec may claim a number and still look at more than one byte at a time.
+// A codec may have the number of a single-byte set and still look at more than one byte at a time.
 bool SingleByteTable::readPairs(const QTextCodec& codec)
 {
     QByteArray bytes(2 * byteValues * byteValues, Qt::Uninitialized);

@@ -36,7 +36,7 @@ QStringView trimmed(QStringView text)
 } // namespace
 
 TextCodec::TextCodec(QTextCodec* codec)
-    : m_codec(usableCodec(codec)), m_table(SingleByteTable::of(m_codec))
+    : m_codec(usableCodec(codec)), m_table(m_codec ? SingleByteTable::of(m_codec) : nullptr)
 {
 }
 
@@ -44,7 +44,10 @@ QString TextCodec::decode(std::string_view bytes) const
 {
     if (!m_table) {
         const std::string_view content = bytes.substr(0, bytes.find('\0'));
-        return m_codec->toUnicode(content.data(), static_cast<int>(content.size()), nullptr)
+        const char* const start = content.empty() ? "" : content.data(); // never a null pointer
+        const auto size = static_cast<int>(content.size());
+        return (m_codec ? m_codec->toUnicode(start, size, nullptr)
+                        : QString::fromLatin1(start, size))
             .trimmed();
     }
     if (bytes.size() > TextScratch::size) {
@@ -93,7 +96,8 @@ QByteArray TextCodec::encodeByCodec(QStringView text) const
 {
     static constexpr QChar nothing; // codecs are never handed a null pointer
     const QChar* const units = text.isEmpty() ? &nothing : text.data();
-    return m_codec->fromUnicode(units, static_cast<int>(text.size()), nullptr);
+    return m_codec ? m_codec->fromUnicode(units, static_cast<int>(text.size()), nullptr)
+                   : text.toLatin1();
 }
 
 void TextCodec::writeField(QStringView text, char* field, int width) const

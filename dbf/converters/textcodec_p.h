@@ -31,7 +31,7 @@ struct TextScratch {
 class TextCodec
 {
 public:
-    /// Prepares \a codec; a null one is replaced by usableCodec().
+    /// Prepares \a codec; a null one is replaced by usableCodec(), by Latin-1 where there is none.
     explicit TextCodec(QTextCodec* codec);
 
     /// Returns the text of a field: what stands before the first 0x00 byte, trimmed.

@@ -85,12 +85,18 @@ DbfCodePage DbfTable::codePageByCodec(QTextCodec* codec)
     if (!codec)
         return DbfCodePage::NotSet;
     const QByteArray name = codec->name();
-    const int mib = codec->mibEnum();
-    if (name == windowsCyrillicName || mib == windowsCyrillicMib)
+    if (name == windowsCyrillicName)
         return DbfCodePage::Windows1251;
-    if (name == dosCyrillicName || mib == dosCyrillicMib)
+    if (name == dosCyrillicName)
         return DbfCodePage::IBM866;
-    return DbfCodePage::NotSet;
+    switch (codec->mibEnum()) {
+    case windowsCyrillicMib:
+        return DbfCodePage::Windows1251;
+    case dosCyrillicMib:
+        return DbfCodePage::IBM866;
+    default:
+        return DbfCodePage::NotSet;
+    }
 }
 
 int DbfTable::languageIdToMIB(int id)

@@ -14,8 +14,8 @@ namespace dbf
 /// Returns Qt's codec for a header's code page byte, null when Qt lacks it.
 QTextCodec* codecForCodePage(DbfCodePage codePage);
 
-/// Returns \a codec, or the codec that text and names go through while a schema has none. Never
-/// null: every decoding and encoding in the library gets its codec here.
+/// Returns \a codec, or the codec that text and names go through while a schema has none. Null only
+/// when Qt has none any more, as in the destructors of static objects.
 QTextCodec* usableCodec(QTextCodec* codec);
 
 } // namespace dbf

@@ -2,11 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/fieldtext_p.h>
-#include <dbf/format/codepage_p.h>
+#include <dbf/converters/textcodec_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/table/dbftable.h>
-
-#include <QtCore/QTextCodec>
 
 #include <algorithm>
 #include <cstring>
@@ -16,10 +14,8 @@ namespace dbf
 
 DbfFieldDescriptor DbfTable::parseFieldDescriptor(const char* record, QTextCodec* codec)
 {
-    const size_t nameSize = strnlen(record, layout::fieldNameSize);
-    const QString name =
-        usableCodec(codec)->toUnicode(record, static_cast<int>(nameSize), nullptr).trimmed();
-    return {name, static_cast<DbfFieldType>(record[layout::fieldTypeOffset]),
+    return {TextCodec(codec).decode({record, layout::fieldNameSize}),
+            static_cast<DbfFieldType>(record[layout::fieldTypeOffset]),
             static_cast<unsigned char>(record[layout::fieldLengthOffset]),
             static_cast<unsigned char>(record[layout::fieldDecimalsOffset])};
 }
@@ -43,7 +39,7 @@ QByteArray DbfTable::serializeFieldDescriptor(const DbfFieldDescriptor& field, Q
 {
     QByteArray record(layout::fieldDescriptorSize, '\0');
     char* const bytes = record.data();
-    const QByteArray name = usableCodec(codec)->fromUnicode(field.name);
+    const QByteArray name = TextCodec(codec).encode(field.name);
     std::memcpy(bytes, name.constData(),
                 strnlen(name.constData(), std::min(static_cast<size_t>(name.size()),
                                                    size_t(layout::writtenFieldNameSize))));

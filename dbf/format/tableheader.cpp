@@ -6,10 +6,22 @@
 
 #include <QtCore/QtEndian>
 
+#include <algorithm>
 #include <array>
+#include <limits>
 
 namespace dbf
 {
+
+namespace
+{
+
+int saturated(qint64 length)
+{
+    return static_cast<int>(std::min<qint64>(length, std::numeric_limits<int>::max()));
+}
+
+} // namespace
 
 DbfTableDescriptor DbfTable::parseTableDescriptor(const QByteArray& header)
 {
@@ -66,15 +78,16 @@ qint64 DbfTable::recordOffset(int index, const DbfTableDescriptor& descriptor)
 
 int DbfTable::calcRecordLength(const DbfSchema& schema)
 {
-    int length = layout::deletionFlagSize;
+    qint64 length = layout::deletionFlagSize;
     for (const DbfColumn& column : schema.columns)
         length += column.descriptor.length;
-    return length;
+    return saturated(length);
 }
 
 int DbfTable::calcSchemaLength(const DbfSchema& schema)
 {
-    return layout::fieldDescriptorSize * schema.columns.size() + layout::schemaTerminatorSize;
+    return saturated(qint64(layout::fieldDescriptorSize) * schema.columns.size() +
+                     layout::schemaTerminatorSize);
 }
 
 int DbfTable::headerLength(const DbfSchema& schema)
