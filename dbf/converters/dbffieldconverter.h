@@ -22,7 +22,9 @@ struct DbfSchema;
 /// installs (DbfColumn::setConverter, DbfTable::setFieldConverter), taken from the ten that come
 /// with the library or derived from this class. The library's own converters hold no state, never
 /// throw, and serve any number of tables and threads at once. A caller's converter stays the
-/// caller's to keep alive and to free; the library never deletes one.
+/// caller's to keep alive and to free; the library never deletes one. The schema and field that it
+/// is handed are sometimes copies and sometimes the caller's own objects: their addresses mean
+/// nothing, and neither outlives the call.
 class DBFTABLE_EXPORT DbfFieldConverter
 {
 public:

@@ -10,6 +10,7 @@
 
 #include "quickstart/interruption.h"
 #include "quickstart/opentable.h"
+#include "quickstart/targetfile.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
@@ -48,6 +49,13 @@ bool fail(const QString& message)
     stream.setCodec("UTF-8");
     stream << "csv: " << message << '\n';
     return false;
+}
+
+/// Returns the start of \a cell, which may be longer than anybody reads.
+QString startOf(const QString& cell)
+{
+    constexpr int shownSize = 60;
+    return cell.size() <= shownSize ? cell : cell.left(shownSize) + QStringLiteral("…");
 }
 
 QString deletedMark()
@@ -110,6 +118,9 @@ bool exportTable(const QString& tablePath, const QString& csvPath, QTextCodec* c
         return standardOutput.open(stdout, QIODevice::WriteOnly) &&
                writeCsv(table, withDeleted, standardOutput);
     }
+    const QString problem = targetProblem(csvPath, tablePath);
+    if (!problem.isEmpty())
+        return fail(QStringLiteral("cannot write %1: %2").arg(csvPath, problem));
     // A QSaveFile that is not committed leaves nothing behind.
     QSaveFile csv(csvPath);
     if (!csv.open(QIODevice::WriteOnly))
@@ -129,7 +140,7 @@ bool parseHeader(const QStringList& header, DbfSchema* schema)
     for (const QString& cell : header) {
         DbfFieldDescriptor field;
         if (!parseHeaderCell(cell, &field))
-            return fail(QStringLiteral("no such column can be made: \"%1\"").arg(cell));
+            return fail(QStringLiteral("no such column can be made: \"%1\"").arg(startOf(cell)));
         fields.append(field);
     }
     schema->setColumns(fields);
@@ -154,7 +165,7 @@ bool parseRow(QStringList row, int line, bool withDeleted, const DbfSchema& sche
         QByteArray bytes;
         if (!fieldBytes(row.at(i), schema, field, &bytes))
             return fail(QStringLiteral("line %1: \"%2\" is no value for %3")
-                            .arg(QString::number(line), row.at(i), headerCell(field)));
+                            .arg(QString::number(line), startOf(row.at(i)), headerCell(field)));
         record->values.append(bytes);
     }
     return true;
@@ -220,11 +231,15 @@ bool importTable(const QString& csvPath, const QString& tablePath, QTextCodec* c
     if (!parseHeader(header.mid(withDeleted ? 1 : 0), &schema))
         return false;
 
-    QFile file(tablePath);
-    if (file.exists())
+    if (QFileInfo::exists(tablePath))
         return fail(QStringLiteral("%1 exists already").arg(tablePath));
-    if (makeTable(file, schema, csv, withDeleted))
-        return true;
+    // Whoever kills the import leaves no table under that name.
+    QFile file(QStringLiteral("%1.%2.part").arg(tablePath).arg(QCoreApplication::applicationPid()));
+    if (makeTable(file, schema, csv, withDeleted)) {
+        if (file.rename(tablePath)) // which replaces nothing
+            return true;
+        fail(QStringLiteral("cannot write %1: %2").arg(tablePath, file.errorString()));
+    }
     file.remove();
     return false;
 }

@@ -9,12 +9,12 @@
 #include "progressbar.h"
 #include "sampletable.h"
 #include "tableprinter.h"
+#include "targetfile.h"
 
 #include <dbf/dbf.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
@@ -179,12 +179,6 @@ bool restructure(const QString& sourcePath, const QString& targetPath, QTextStre
     return true;
 }
 
-bool isSameFile(const QString& path, const QString& otherPath)
-{
-    const QString canonicalPath = QFileInfo(path).canonicalFilePath();
-    return !canonicalPath.isEmpty() && canonicalPath == QFileInfo(otherPath).canonicalFilePath();
-}
-
 bool run(QString sourcePath, QString targetPath, QTextStream& out)
 {
     const QTemporaryDir folder;
@@ -198,8 +192,9 @@ bool run(QString sourcePath, QString targetPath, QTextStream& out)
     }
     if (targetPath.isEmpty())
         targetPath = folder.filePath(QStringLiteral("restructured.dbf"));
-    if (isSameFile(sourcePath, targetPath))
-        return fail(QStringLiteral("the copy would replace %1").arg(sourcePath));
+    const QString problem = targetProblem(targetPath, sourcePath);
+    if (!problem.isEmpty())
+        return fail(QStringLiteral("cannot write %1: %2").arg(targetPath, problem));
 
     return showTable(sourcePath, out) && restructure(sourcePath, targetPath, out) &&
            showTable(targetPath, out);

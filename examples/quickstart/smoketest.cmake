@@ -9,3 +9,9 @@ foreach(expected "records: 4 .marked deleted: 1." "Чай чёрный +135.00 "
         message(FATAL_ERROR "\"${expected}\" is missing in the output:\n${output}")
     endif()
 endforeach()
+
+# It does not write its copy over a pipe or a device.
+execute_process(COMMAND ${PROGRAM} /nonexistent.dbf /dev/null ERROR_VARIABLE errors)
+if(NOT errors MATCHES "no regular file")
+    message(FATAL_ERROR "the quickstart would have replaced /dev/null: ${errors}")
+endif()

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 
 using namespace dbf;
@@ -248,7 +249,8 @@ bool TableModel::write(const DbfRecord& record)
 
 bool TableModel::insertRows(int row, int count, const QModelIndex& parent)
 {
-    if (parent.isValid() || row != m_rowCount || count < 1)
+    if (parent.isValid() || row != m_rowCount || count < 1 ||
+        count > std::numeric_limits<int>::max() - m_rowCount)
         return false;
     DbfRecord blank;
     for (const DbfColumn& column : m_schema.columns)

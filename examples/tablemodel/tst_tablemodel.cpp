@@ -4,11 +4,13 @@
 #include "tablemodel.h"
 
 #include <QtCore/QBuffer>
+#include <QtCore/QTemporaryFile>
 #include <QtCore/QTextCodec>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
+#include <limits>
 #include <memory>
 
 using namespace dbf;
@@ -65,6 +67,7 @@ private slots:
     void refusesEditsOfReadOnlyDevice();
     void marksRecordsDeleted();
     void appendsBlankRecords();
+    void refusesMoreRowsThanAnIntNumbers();
     void showsWhatIsLeftOfTruncatedTable();
 
 private:
@@ -257,6 +260,20 @@ void TestTableModel::appendsBlankRecords()
     QCOMPARE(m_buffer->data().at(4), '\x05');
     QVERIFY(setCell(4, InStock, Qt::Checked, Qt::CheckStateRole));
     QCOMPARE(recordBytes(4).at(21), 'T');
+}
+
+void TestTableModel::refusesMoreRowsThanAnIntNumbers()
+{
+    QTemporaryFile file; // 2147483647 records of one byte, without their bytes
+    QVERIFY(file.open());
+    file.write(QByteArray("\x03\0\0\0\xFF\xFF\xFF\x7F\x21\0\x01\0", 12));
+    QVERIFY(file.resize(33 + Q_INT64_C(0x7FFFFFFF)) && file.seek(0));
+    DbfTable table(&file);
+    QVERIFY(table.open(QIODevice::ReadWrite));
+    TableModel model(std::move(table));
+    QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+    QVERIFY(!model.insertRows(model.rowCount(), 1));
+    QCOMPARE(inserted.size() + model.rowCount(), std::numeric_limits<int>::max());
 }
 
 void TestTableModel::showsWhatIsLeftOfTruncatedTable()
