@@ -1,10 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/binarynumber_p.h>
-#include <dbf/converters/dbfbinarydoubleconverter.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/sharedinstance_p.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 namespace dbf
 {
@@ -14,27 +11,26 @@ DbfBinaryDoubleConverter* DbfBinaryDoubleConverter::instance()
     return sharedInstance<DbfBinaryDoubleConverter>();
 }
 
-QByteArray DbfBinaryDoubleConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
-                                                 const DbfFieldDescriptor& /*field*/) const
+QByteArray DbfBinaryDoubleConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
+                                                 const DbfFieldDescriptor& field) const
 {
-    return binaryBytes(floatingValue<double>(value));
+    return bytesByRule<BinaryDoubleRule>(value, schema, field);
 }
 
-QVariant DbfBinaryDoubleConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
-                                             const DbfFieldDescriptor& /*field*/) const
+QVariant DbfBinaryDoubleConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                                             const DbfFieldDescriptor& field) const
 {
-    const std::optional<double> number = readBinary<double>(viewOf(bytes));
-    return number ? QVariant(*number) : QVariant();
+    return valueByRule<BinaryDoubleRule>(bytes, schema, field);
 }
 
 bool DbfBinaryDoubleConverter::convertVariant(QVariant& value) const
 {
-    return value.convert(QMetaType::Double);
+    return BinaryDoubleRule::convert(value);
 }
 
 QByteArray DbfBinaryDoubleConverter::defaultBytes(int length) const
 {
-    return QByteArray(length, '\0');
+    return BinaryDoubleRule::blank(length);
 }
 
 } // namespace dbf

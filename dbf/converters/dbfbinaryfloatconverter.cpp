@@ -1,10 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/binarynumber_p.h>
-#include <dbf/converters/dbfbinaryfloatconverter.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/sharedinstance_p.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 namespace dbf
 {
@@ -14,27 +11,26 @@ DbfBinaryFloatConverter* DbfBinaryFloatConverter::instance()
     return sharedInstance<DbfBinaryFloatConverter>();
 }
 
-QByteArray DbfBinaryFloatConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
-                                                const DbfFieldDescriptor& /*field*/) const
+QByteArray DbfBinaryFloatConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
+                                                const DbfFieldDescriptor& field) const
 {
-    return binaryBytes(floatingValue<float>(value));
+    return bytesByRule<BinaryFloatRule>(value, schema, field);
 }
 
-QVariant DbfBinaryFloatConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
-                                            const DbfFieldDescriptor& /*field*/) const
+QVariant DbfBinaryFloatConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                                            const DbfFieldDescriptor& field) const
 {
-    const std::optional<float> number = readBinary<float>(viewOf(bytes));
-    return number ? QVariant(*number) : QVariant();
+    return valueByRule<BinaryFloatRule>(bytes, schema, field);
 }
 
 bool DbfBinaryFloatConverter::convertVariant(QVariant& value) const
 {
-    return value.convert(QMetaType::Double);
+    return BinaryFloatRule::convert(value);
 }
 
 QByteArray DbfBinaryFloatConverter::defaultBytes(int length) const
 {
-    return QByteArray(length, '\0');
+    return BinaryFloatRule::blank(length);
 }
 
 } // namespace dbf

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/dbfbytearrayconverter.h>
-#include <dbf/converters/sharedinstance_p.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 namespace dbf
 {

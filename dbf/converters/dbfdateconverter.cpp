@@ -1,11 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/datetext_p.h>
-#include <dbf/converters/dbfdateconverter.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/sharedinstance_p.h>
-#include <dbf/model/dbffielddescriptor.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 namespace dbf
 {
@@ -15,28 +11,26 @@ DbfDateConverter* DbfDateConverter::instance()
     return sharedInstance<DbfDateConverter>();
 }
 
-QByteArray DbfDateConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
+QByteArray DbfDateConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
                                          const DbfFieldDescriptor& field) const
 {
-    QByteArray bytes(field.length, Qt::Uninitialized);
-    writeDateField(value.toDate(), bytes.data(), field.length);
-    return bytes;
+    return bytesByRule<DateRule>(value, schema, field);
 }
 
-QVariant DbfDateConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
-                                     const DbfFieldDescriptor& /*field*/) const
+QVariant DbfDateConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                                     const DbfFieldDescriptor& field) const
 {
-    return readDate(viewOf(bytes));
+    return valueByRule<DateRule>(bytes, schema, field);
 }
 
 bool DbfDateConverter::convertVariant(QVariant& value) const
 {
-    return value.convert(QMetaType::QDate);
+    return DateRule::convert(value);
 }
 
 QByteArray DbfDateConverter::defaultBytes(int length) const
 {
-    return QByteArrayLiteral("19000101").leftJustified(length, ' ', true);
+    return DateRule::blank(length);
 }
 
 } // namespace dbf

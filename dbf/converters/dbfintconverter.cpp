@@ -1,11 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/binarynumber_p.h>
-#include <dbf/converters/dbfintconverter.h>
-#include <dbf/converters/decimalvalue_p.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/sharedinstance_p.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 namespace dbf
 {
@@ -15,31 +11,26 @@ DbfIntConverter* DbfIntConverter::instance()
     return sharedInstance<DbfIntConverter>();
 }
 
-QByteArray DbfIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
-                                        const DbfFieldDescriptor& /*field*/) const
+QByteArray DbfIntConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
+                                        const DbfFieldDescriptor& field) const
 {
-    return binaryBytes(static_cast<qint32>(value.toInt()));
+    return bytesByRule<IntRule>(value, schema, field);
 }
 
-QVariant DbfIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
-                                    const DbfFieldDescriptor& /*field*/) const
+QVariant DbfIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                                    const DbfFieldDescriptor& field) const
 {
-    const std::optional<qint32> number = readBinary<qint32>(viewOf(bytes));
-    return number ? QVariant(*number) : QVariant();
+    return valueByRule<IntRule>(bytes, schema, field);
 }
 
 bool DbfIntConverter::convertVariant(QVariant& value) const
 {
-    if (const std::optional<QDecNumber> number = decimalValue(value)) {
-        value = decimalToInt(*number);
-        return true;
-    }
-    return value.convert(QMetaType::Int);
+    return IntRule::convert(value);
 }
 
 QByteArray DbfIntConverter::defaultBytes(int length) const
 {
-    return QByteArray(length, '\0');
+    return IntRule::blank(length);
 }
 
 } // namespace dbf

@@ -1,11 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/binarynumber_p.h>
-#include <dbf/converters/dbfsmallintconverter.h>
-#include <dbf/converters/decimalvalue_p.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/sharedinstance_p.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 namespace dbf
 {
@@ -15,31 +11,26 @@ DbfSmallIntConverter* DbfSmallIntConverter::instance()
     return sharedInstance<DbfSmallIntConverter>();
 }
 
-QByteArray DbfSmallIntConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
-                                             const DbfFieldDescriptor& /*field*/) const
+QByteArray DbfSmallIntConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
+                                             const DbfFieldDescriptor& field) const
 {
-    return binaryBytes(static_cast<qint16>(value.toInt()));
+    return bytesByRule<SmallIntRule>(value, schema, field);
 }
 
-QVariant DbfSmallIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
-                                         const DbfFieldDescriptor& /*field*/) const
+QVariant DbfSmallIntConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                                         const DbfFieldDescriptor& field) const
 {
-    const std::optional<qint16> number = readBinary<qint16>(viewOf(bytes));
-    return number ? QVariant(int(*number)) : QVariant();
+    return valueByRule<SmallIntRule>(bytes, schema, field);
 }
 
 bool DbfSmallIntConverter::convertVariant(QVariant& value) const
 {
-    if (const std::optional<QDecNumber> number = decimalValue(value)) {
-        value = int(static_cast<qint16>(decimalToInt(*number)));
-        return true;
-    }
-    return value.convert(QMetaType::Short);
+    return SmallIntRule::convert(value);
 }
 
 QByteArray DbfSmallIntConverter::defaultBytes(int length) const
 {
-    return QByteArray(length, '\0');
+    return SmallIntRule::blank(length);
 }
 
 } // namespace dbf

@@ -1,12 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/datetext_p.h>
-#include <dbf/converters/dbfstringconverter.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/sharedinstance_p.h>
-#include <dbf/converters/textcodec_p.h>
-#include <dbf/model/dbfschema.h>
+#include <dbf/converters/ruledconverter_p.h>
 
 #include <algorithm>
 
@@ -21,22 +16,18 @@ DbfStringConverter* DbfStringConverter::instance()
 QByteArray DbfStringConverter::toByteArray(const QVariant& value, const DbfSchema& schema,
                                            const DbfFieldDescriptor& field) const
 {
-    QByteArray bytes(field.length, Qt::Uninitialized);
-    prepareDateText(value);
-    TextCodec(schema.codec).writeField(value.toString(), bytes.data(), field.length);
-    return bytes;
+    return bytesByRule<TextRule>(value, schema, field);
 }
 
 QVariant DbfStringConverter::toVariant(const QByteArray& bytes, const DbfSchema& schema,
-                                       const DbfFieldDescriptor& /*field*/) const
+                                       const DbfFieldDescriptor& field) const
 {
-    return textVariant(TextCodec(schema.codec).decode(viewOf(bytes)));
+    return valueByRule<TextRule>(bytes, schema, field);
 }
 
 bool DbfStringConverter::convertVariant(QVariant& value) const
 {
-    prepareDateText(value);
-    return value.convert(QMetaType::QString);
+    return TextRule::convert(value);
 }
 
 QByteArray DbfStringConverter::fromUnicode(const QString& text, int maxLength, QTextCodec* codec,

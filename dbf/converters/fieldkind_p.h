@@ -4,19 +4,17 @@
 #ifndef DBF_CONVERTERS_FIELDKIND_P_H
 #define DBF_CONVERTERS_FIELDKIND_P_H
 
-#include <QtCore/QtGlobal>
+#include <dbf/converters/fieldrules_p.h>
+#include <dbf/model/dbfcolumn.h>
 
 namespace dbf
 {
-
-class DbfFieldConverter;
 
 /// What a column's converter does, where it is one of the library's own shared objects. Loops over
 /// many records then do the same without a virtual call and without temporaries.
 enum class FieldKind : quint8 {
     Text,
     Logical,
-    Bytes,
     Number,
     Date,
     SmallInt,
@@ -24,11 +22,45 @@ enum class FieldKind : quint8 {
     LargeInt,
     BinaryDouble,
     BinaryFloat,
+    Bytes,   ///< The raw-bytes converter, whose bytes are as many as the value has.
     Foreign, ///< Any other object, be its class derived from one of the library's: ask the object.
 };
 
-/// Returns what \a converter does; a null one counts as the raw-bytes converter.
-FieldKind fieldKind(const DbfFieldConverter* converter);
+/// Calls \a visitor with the rule of \a kind; \a other where the converter itself is to be asked.
+template <typename Visitor, typename Other>
+decltype(auto) visitRule(FieldKind kind, Visitor visitor, Other other)
+{
+    switch (kind) {
+    case FieldKind::Text:
+        return visitor(TextRule());
+    case FieldKind::Logical:
+        return visitor(LogicalRule());
+    case FieldKind::Number:
+        return visitor(NumberRule());
+    case FieldKind::Date:
+        return visitor(DateRule());
+    case FieldKind::SmallInt:
+        return visitor(SmallIntRule());
+    case FieldKind::Int:
+        return visitor(IntRule());
+    case FieldKind::LargeInt:
+        return visitor(LargeIntRule());
+    case FieldKind::BinaryDouble:
+        return visitor(BinaryDoubleRule());
+    case FieldKind::BinaryFloat:
+        return visitor(BinaryFloatRule());
+    case FieldKind::Bytes:
+    case FieldKind::Foreign:
+        break;
+    }
+    return other();
+}
+
+/// Returns the converter of \a column: the raw-bytes converter where it has none.
+DbfFieldConverter* converterOf(const DbfColumn& column);
+
+/// Returns what the converter of \a column does.
+FieldKind fieldKind(const DbfColumn& column);
 
 } // namespace dbf
 

@@ -1,18 +1,20 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/textcodec_p.h>
+#include <dbf/encoding/bytes_p.h>
+#include <dbf/encoding/text_p.h>
+#include <dbf/format/fielddescriptorblock_p.h>
 #include <dbf/format/layout_p.h>
-#include <dbf/table/dbftable.h>
+#include <dbf/format/tableheader_p.h>
+#include <dbf/table/dbftable.h> // the error enumeration
 
 #include <algorithm>
 #include <cstring>
 
-namespace dbf
+namespace dbf::format
 {
 
-DbfFieldDescriptor DbfTable::parseFieldDescriptor(const char* record, QTextCodec* codec)
+DbfFieldDescriptor parseFieldDescriptor(const char* record, QTextCodec* codec)
 {
     return {TextCodec(codec).decode({record, layout::fieldNameSize}),
             static_cast<DbfFieldType>(record[layout::fieldTypeOffset]),
@@ -20,13 +22,13 @@ DbfFieldDescriptor DbfTable::parseFieldDescriptor(const char* record, QTextCodec
             static_cast<unsigned char>(record[layout::fieldDecimalsOffset])};
 }
 
-QVector<DbfFieldDescriptor> DbfTable::parseFieldDescriptors(const QByteArray& block,
-                                                            const DbfTableDescriptor& descriptor,
-                                                            QTextCodec* codec)
+QVector<DbfFieldDescriptor> parseFieldDescriptors(const QByteArray& block,
+                                                  const DbfTableDescriptor& descriptor,
+                                                  QTextCodec* codec)
 {
     const int count = std::max(schemaLength(descriptor), 0) / layout::fieldDescriptorSize;
     if (block.size() < count * layout::fieldDescriptorSize)
-        throw ReadError;
+        throw DbfTable::ReadError;
     QVector<DbfFieldDescriptor> fields;
     fields.reserve(count);
     const char* record = block.constData();
@@ -35,7 +37,7 @@ QVector<DbfFieldDescriptor> DbfTable::parseFieldDescriptors(const QByteArray& bl
     return fields;
 }
 
-QByteArray DbfTable::serializeFieldDescriptor(const DbfFieldDescriptor& field, QTextCodec* codec)
+QByteArray serializeFieldDescriptor(const DbfFieldDescriptor& field, QTextCodec* codec)
 {
     QByteArray record(layout::fieldDescriptorSize, '\0');
     char* const bytes = record.data();
@@ -49,7 +51,7 @@ QByteArray DbfTable::serializeFieldDescriptor(const DbfFieldDescriptor& field, Q
     return record;
 }
 
-QByteArray DbfTable::serializeSchema(const DbfSchema& schema)
+QByteArray serializeSchema(const DbfSchema& schema)
 {
     QByteArray block = emptyWithRoom(calcSchemaLength(schema));
     for (const DbfColumn& column : schema.columns)
@@ -57,4 +59,4 @@ QByteArray DbfTable::serializeSchema(const DbfSchema& schema)
     return block;
 }
 
-} // namespace dbf
+} // namespace dbf::format

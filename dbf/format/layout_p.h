@@ -41,16 +41,22 @@ constexpr int fieldTypeOffset = 11;
 constexpr int fieldLengthOffset = 16;
 constexpr int fieldDecimalsOffset = 17;
 
+constexpr int maxFieldLength = 255;
+
 // What follows the field descriptors.
 constexpr char schemaTerminator = 0x0D;
 constexpr int schemaTerminatorSize = 1;
 constexpr int backLinkSize = 263;
 constexpr char endMarker = 0x1A;
+constexpr int endMarkerSize = 1;
 
 // Record image.
 constexpr int deletionFlagSize = 1;
 constexpr char deletedFlag = '*';
 constexpr char liveFlag = ' ';
+
+// Records are numbered by int, from 0 on.
+constexpr int maxRecordIndex = 0x7FFFFFFF;
 
 // Header and record length are stored in 16 bits.
 constexpr int maxHeaderLength = 65535;

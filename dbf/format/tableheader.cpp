@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/format/layout_p.h>
-#include <dbf/table/dbftable.h>
+#include <dbf/format/tableheader_p.h>
+#include <dbf/table/dbftable.h> // the error enumeration
 
 #include <QtCore/QtEndian>
 
@@ -10,7 +11,7 @@
 #include <array>
 #include <limits>
 
-namespace dbf
+namespace dbf::format
 {
 
 namespace
@@ -23,13 +24,13 @@ int saturated(qint64 length)
 
 } // namespace
 
-DbfTableDescriptor DbfTable::parseTableDescriptor(const QByteArray& header)
+DbfTableDescriptor parseTableDescriptor(const QByteArray& header)
 {
     if (header.size() < layout::headerSize)
-        throw ReadError;
+        throw DbfTable::ReadError;
     const char version = header.at(layout::versionOffset);
     if (!supportVersion(version))
-        throw UnsupportedVersionError;
+        throw DbfTable::UnsupportedVersionError;
 
     const char* const bytes = header.constData();
     DbfTableDescriptor descriptor;
@@ -41,7 +42,7 @@ DbfTableDescriptor DbfTable::parseTableDescriptor(const QByteArray& header)
     return descriptor;
 }
 
-QByteArray DbfTable::serializeTableDescriptor(const DbfTableDescriptor& descriptor)
+QByteArray serializeTableDescriptor(const DbfTableDescriptor& descriptor)
 {
     std::array<char, layout::headerSize> bytes{};
     bytes[layout::versionOffset] = static_cast<char>(descriptor.version);
@@ -52,31 +53,31 @@ QByteArray DbfTable::serializeTableDescriptor(const DbfTableDescriptor& descript
     return {bytes.data(), layout::headerSize};
 }
 
-bool DbfTable::supportVersion(char version)
+bool supportVersion(char version)
 {
     const auto byte = static_cast<quint8>(version);
     return (byte >= layout::firstPlainVersion && byte <= layout::lastPlainVersion) ||
            (byte >= layout::firstBackLinkVersion && byte <= layout::lastBackLinkVersion);
 }
 
-bool DbfTable::hasDbc(const DbfTableDescriptor& descriptor)
+bool hasDbc(const DbfTableDescriptor& descriptor)
 {
     return descriptor.version >= layout::firstBackLinkVersion &&
            descriptor.version <= layout::lastBackLinkVersion;
 }
 
-int DbfTable::schemaLength(const DbfTableDescriptor& descriptor)
+int schemaLength(const DbfTableDescriptor& descriptor)
 {
     const int backLink = hasDbc(descriptor) ? layout::backLinkSize : 0;
     return descriptor.headerLength - layout::headerSize - layout::schemaTerminatorSize - backLink;
 }
 
-qint64 DbfTable::recordOffset(int index, const DbfTableDescriptor& descriptor)
+qint64 recordOffset(qint64 index, const DbfTableDescriptor& descriptor)
 {
-    return descriptor.headerLength + qint64(index) * descriptor.recordLength;
+    return descriptor.headerLength + index * descriptor.recordLength;
 }
 
-int DbfTable::calcRecordLength(const DbfSchema& schema)
+int calcRecordLength(const DbfSchema& schema)
 {
     qint64 length = layout::deletionFlagSize;
     for (const DbfColumn& column : schema.columns)
@@ -84,16 +85,16 @@ int DbfTable::calcRecordLength(const DbfSchema& schema)
     return saturated(length);
 }
 
-int DbfTable::calcSchemaLength(const DbfSchema& schema)
+int calcSchemaLength(const DbfSchema& schema)
 {
     return saturated(qint64(layout::fieldDescriptorSize) * schema.columns.size() +
                      layout::schemaTerminatorSize);
 }
 
-int DbfTable::headerLength(const DbfSchema& schema)
+int headerLength(const DbfSchema& schema)
 {
     if (schema.columns.size() > layout::maxColumnCount)
-        throw HeaderTooLongError;
+        throw DbfTable::HeaderTooLongError;
     return calcSchemaLength(schema) + layout::headerSize;
 }
 
@@ -102,7 +103,7 @@ namespace
 
 quint16 storableRecordLength(const DbfSchema& schema)
 {
-    const int length = DbfTable::calcRecordLength(schema);
+    const int length = calcRecordLength(schema);
     if (length > layout::maxRecordLength)
         throw DbfTable::HeaderTooLongError;
     return static_cast<quint16>(length);
@@ -110,7 +111,7 @@ quint16 storableRecordLength(const DbfSchema& schema)
 
 } // namespace
 
-DbfTableDescriptor DbfTable::emptyTableDescriptor(DbfCodePage codePage, const DbfSchema& schema)
+DbfTableDescriptor emptyTableDescriptor(DbfCodePage codePage, const DbfSchema& schema)
 {
     DbfTableDescriptor descriptor;
     descriptor.headerLength = static_cast<quint16>(headerLength(schema));
@@ -120,16 +121,15 @@ DbfTableDescriptor DbfTable::emptyTableDescriptor(DbfCodePage codePage, const Db
     return descriptor;
 }
 
-DbfTableDescriptor DbfTable::transformDescriptor(const DbfTableDescriptor& source,
-                                                 const DbfSchema& schema)
+DbfTableDescriptor transformDescriptor(const DbfTableDescriptor& source, const DbfSchema& schema)
 {
     const int length = headerLength(schema) + (hasDbc(source) ? layout::backLinkSize : 0);
     if (length > layout::maxHeaderLength)
-        throw HeaderTooLongError;
+        throw DbfTable::HeaderTooLongError;
     DbfTableDescriptor descriptor = source;
     descriptor.headerLength = static_cast<quint16>(length);
     descriptor.recordLength = storableRecordLength(schema);
     return descriptor;
 }
 
-} // namespace dbf
+} // namespace dbf::format

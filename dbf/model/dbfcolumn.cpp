@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/dbffieldconverter.h>
+#include <dbf/converters/fieldkind_p.h>
 #include <dbf/model/dbfcolumn.h>
 
 #include <utility>
@@ -31,8 +31,7 @@ bool DbfColumn::needConvert(const DbfColumn& other) const
 
 QByteArray DbfColumn::blankValueOfThisType() const
 {
-    return converter ? converter->defaultBytes(descriptor.length)
-                     : QByteArray(descriptor.length, ' ');
+    return converterOf(*this)->defaultBytes(descriptor.length);
 }
 
 } // namespace dbf

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/dbffieldconverter.h>
-#include <dbf/format/recordimage_p.h>
+#include <dbf/converters/fieldkind_p.h>
 #include <dbf/model/dbfrecord.h>
 #include <dbf/model/dbfrecordsizeoverflow.h>
 #include <dbf/model/dbfschema.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/format/recordimage_p.h>
+#include <dbf/format/recordlayout_p.h>
 #include <dbf/table/dbfrecordcursor.h>
 #include <dbf/table/dbftable.h>
 #include <dbf/table/deviceprimitives_p.h>
@@ -91,7 +91,7 @@ private:
     DbfTable& m_table;
     const DbfTableDescriptor m_descriptor;
     const DbfSchema m_schema;
-    RecordImageCodec m_layout;
+    RecordLayout m_layout;
     QByteArray m_block;
     std::string_view m_image; // of the current record
     TextScratch m_text = {};

@@ -4,7 +4,7 @@
 #ifndef DBF_TABLE_DBFTABLE_P_H
 #define DBF_TABLE_DBFTABLE_P_H
 
-#include <dbf/format/recordimage_p.h>
+#include <dbf/format/recordlayout_p.h>
 #include <dbf/table/dbftable.h>
 
 #include <memory>
@@ -45,9 +45,9 @@ public:
     template <typename Operation>
     static void usingLayout(DbfTable& table, Operation operation)
     {
-        std::unique_ptr<RecordImageCodec> layout = std::move(of(table).layout);
+        std::unique_ptr<RecordLayout> layout = std::move(of(table).layout);
         if (!layout || !layout->isMadeFor(table.m_schema))
-            layout = std::make_unique<RecordImageCodec>(table.m_schema);
+            layout = std::make_unique<RecordLayout>(table.m_schema);
         operation(*layout);
         of(table).layout = std::move(layout);
     }
@@ -73,7 +73,7 @@ public:
     /// Whether a copy of \a table onto \a target can begin.
     static bool canCopy(const DbfTable& table, const QIODevice* target);
 
-    std::unique_ptr<RecordImageCodec> layout;
+    std::unique_ptr<RecordLayout> layout;
     quint64 openings = 0;      ///< Successful ones.
     quint64 changes = 0;       ///< How often a header was read or the table closed.
     quint64 appends = 0;       ///< How often records were written behind the last one.

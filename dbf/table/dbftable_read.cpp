@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/fieldtext_p.h>
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
@@ -31,7 +31,7 @@ DbfRecord DbfTable::readRecord(int index)
     const bool read = Private::recordingErrors(*this, [&] {
         const QByteArray image = readRecordData(device(), index, m_descriptor);
         Private::usingLayout(
-            *this, [&](RecordImageCodec& layout) { record = layout.parse(viewOf(image), index); });
+            *this, [&](RecordLayout& layout) { record = layout.parse(viewOf(image), index); });
     });
     return read ? record : blankRecord(-1);
 }
@@ -50,7 +50,7 @@ QVector<DbfRecord> DbfTable::readRecords(int first, int count)
         records.reserve(count);
         const std::string_view all = viewOf(images);
         const size_t length = m_descriptor.recordLength;
-        Private::usingLayout(*this, [&](RecordImageCodec& layout) {
+        Private::usingLayout(*this, [&](RecordLayout& layout) {
             for (int i = 0; i < count; ++i) {
                 const qint64 index =
                     qMin<qint64>(qint64(first) + i, std::numeric_limits<int>::max());

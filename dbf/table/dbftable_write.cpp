@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/fieldtext_p.h>
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
@@ -69,7 +69,7 @@ bool DbfTable::updateRecord(const DbfRecord& record)
     return Private::recordingErrors(*this, [this, index, record] {
         requireExactWrites(device());
         Private::seekSlot(*this, index);
-        Private::usingLayout(*this, [&](RecordImageCodec& layout) {
+        Private::usingLayout(*this, [&](RecordLayout& layout) {
             const Private::Standing standing(*this);
             const QByteArray& image = layout.image(record);
             standing.requireSameTable();
@@ -87,7 +87,7 @@ bool DbfTable::appendRecord(const DbfRecord& record)
 {
     return Private::recordingErrors(*this, [this, record] {
         Private::seekSlotForAppending(*this, 1);
-        Private::usingLayout(*this, [&](RecordImageCodec& layout) {
+        Private::usingLayout(*this, [&](RecordLayout& layout) {
             const Private::Standing standing(*this);
             const QByteArray& image = layout.image(record);
             standing.requireSameTable();
@@ -165,7 +165,7 @@ public:
     {
     }
 
-    void add(RecordImageCodec& layout, const DbfRecord& record)
+    void add(RecordLayout& layout, const DbfRecord& record)
     {
         const int start = m_block.size();
         layout.append(record, m_block);
@@ -215,7 +215,7 @@ private:
 void DbfTable::Private::writeImages(DbfTable& table, const QVector<DbfRecord>& records)
 {
     ImageWriter writer(table, records.size());
-    usingLayout(table, [&](RecordImageCodec& layout) {
+    usingLayout(table, [&](RecordLayout& layout) {
         for (const DbfRecord& record : records)
             writer.add(layout, record);
         writer.writeBlock();

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/format/fielddescriptorblock_p.h>
 #include <dbf/format/layout_p.h>
+#include <dbf/format/tableheader_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
@@ -135,7 +137,7 @@ void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& desc
 {
     requireExactReads(device);
     dropReadAhead(device);
-    DbfTable::seekRecord(device, index, descriptor, 0);
+    primitives::seekRecord(device, index, descriptor, 0);
 }
 
 void requirePlausibleCount(const QIODevice* device, qint64 count,
@@ -227,18 +229,19 @@ NewTableDevice::~NewTableDevice()
 void NewTableDevice::start(const DbfTableDescriptor& descriptor, const DbfSchema& schema)
 {
     requireExactWrites(m_device);
-    DbfTable::writeData(m_device, DbfTable::serializeTableDescriptor(descriptor),
-                        layout::headerSize);
-    DbfTable::writeData(m_device, DbfTable::serializeSchema(schema),
-                        DbfTable::schemaLength(descriptor));
-    DbfTable::writeSchemaTerminator(m_device);
-    if (DbfTable::hasDbc(descriptor))
-        DbfTable::writeData(m_device, QByteArray(layout::backLinkSize, '\0'), layout::backLinkSize);
+    primitives::writeData(m_device, format::serializeTableDescriptor(descriptor),
+                          layout::headerSize);
+    primitives::writeData(m_device, format::serializeSchema(schema),
+                          format::schemaLength(descriptor));
+    primitives::writeSchemaTerminator(m_device);
+    if (format::hasDbc(descriptor))
+        primitives::writeData(m_device, QByteArray(layout::backLinkSize, '\0'),
+                              layout::backLinkSize);
 }
 
 void NewTableDevice::finish()
 {
-    DbfTable::writeEndMarker(m_device);
+    primitives::writeEndMarker(m_device);
     flushWrites(m_device);
     drainWrites(m_device);
     requireRunning(m_device);
@@ -246,10 +249,13 @@ void NewTableDevice::finish()
     m_finished = true;
 }
 
-QByteArray DbfTable::readData(QIODevice* device, int length)
+namespace primitives
+{
+
+QByteArray readData(QIODevice* device, int length)
 {
     if (length < 0 || !canRead(device))
-        throw ReadError;
+        throw DbfTable::ReadError;
     if (length <= freelyReadSize)
         return readOnce(device, length, length);
     const std::optional<qint64> remaining = remainingBytes(device);
@@ -259,61 +265,59 @@ QByteArray DbfTable::readData(QIODevice* device, int length)
                     length);
 }
 
-QByteArray DbfTable::readTableDescriptorData(QIODevice* device)
+QByteArray readTableDescriptorData(QIODevice* device)
 {
     return readData(device, layout::headerSize);
 }
 
-QByteArray DbfTable::readSchemaData(QIODevice* device, const DbfTableDescriptor& descriptor)
+QByteArray readSchemaData(QIODevice* device, const DbfTableDescriptor& descriptor)
 {
-    return readData(device, schemaLength(descriptor));
+    return readData(device, format::schemaLength(descriptor));
 }
 
-void DbfTable::seekRecord(QIODevice* device, int index, const DbfTableDescriptor& descriptor,
-                          int offset)
+void seekRecord(QIODevice* device, int index, const DbfTableDescriptor& descriptor, int offset)
 {
     if (index < 0 || static_cast<quint32>(index) > descriptor.recordCount)
-        throw ReadError;
-    if (!seekTo(device, recordOffset(index, descriptor) + offset))
-        throw ReadError;
+        throw DbfTable::ReadError;
+    if (!seekTo(device, format::recordOffset(index, descriptor) + offset))
+        throw DbfTable::ReadError;
 }
 
-QByteArray DbfTable::readRecordData(QIODevice* device, int index,
-                                    const DbfTableDescriptor& descriptor)
+QByteArray readRecordData(QIODevice* device, int index, const DbfTableDescriptor& descriptor)
 {
     seekForReading(device, index, descriptor);
     return readData(device, descriptor.recordLength);
 }
 
-QByteArray DbfTable::readRecordsData(QIODevice* device, int first, unsigned long count,
-                                     const DbfTableDescriptor& descriptor)
+QByteArray readRecordsData(QIODevice* device, int first, unsigned long count,
+                           const DbfTableDescriptor& descriptor)
 {
     constexpr unsigned long maxSize = std::numeric_limits<int>::max();
     if (descriptor.recordLength != 0 && count > maxSize / descriptor.recordLength)
-        throw ReadError;
+        throw DbfTable::ReadError;
     seekForReading(device, first, descriptor);
     return readData(device, static_cast<int>(count * descriptor.recordLength));
 }
 
-void DbfTable::writeData(QIODevice* device, const QByteArray& data, long long size)
+void writeData(QIODevice* device, const QByteArray& data, long long size)
 {
     if (size < 0 || size > data.size() || !canWrite(device))
-        throw WriteError;
+        throw DbfTable::WriteError;
     if (device->write(data.constData(), size) != size)
-        throw WriteError;
+        throw DbfTable::WriteError;
 }
 
-void DbfTable::writeSchemaTerminator(QIODevice* device)
+void writeSchemaTerminator(QIODevice* device)
 {
     writeByte(device, layout::schemaTerminator);
 }
 
-void DbfTable::writeEndMarker(QIODevice* device)
+void writeEndMarker(QIODevice* device)
 {
     writeByte(device, layout::endMarker);
 }
 
-void DbfTable::updateRecordCount(QIODevice* device, unsigned int count)
+void updateRecordCount(QIODevice* device, unsigned int count)
 {
     if (!canWrite(device) || !seekTo(device, layout::recordCountOffset))
         return;
@@ -321,5 +325,7 @@ void DbfTable::updateRecordCount(QIODevice* device, unsigned int count)
     qToLittleEndian<quint32>(count, bytes);
     device->write(bytes, layout::recordCountSize);
 }
+
+} // namespace primitives
 
 } // namespace dbf

@@ -9,6 +9,25 @@
 namespace dbf
 {
 
+/// What the primitives of a table on its device do, and the codes that they throw, stands with
+/// DbfTable's static members of the same names.
+namespace primitives
+{
+
+QByteArray readData(QIODevice* device, int length);
+QByteArray readTableDescriptorData(QIODevice* device);
+QByteArray readSchemaData(QIODevice* device, const DbfTableDescriptor& descriptor);
+void seekRecord(QIODevice* device, int index, const DbfTableDescriptor& descriptor, int offset);
+QByteArray readRecordData(QIODevice* device, int index, const DbfTableDescriptor& descriptor);
+QByteArray readRecordsData(QIODevice* device, int first, unsigned long count,
+                           const DbfTableDescriptor& descriptor);
+void writeData(QIODevice* device, const QByteArray& data, long long size);
+void writeSchemaTerminator(QIODevice* device);
+void writeEndMarker(QIODevice* device);
+void updateRecordCount(QIODevice* device, unsigned int count);
+
+} // namespace primitives
+
 /// Reads up to \a length bytes at the current position into \a data with one read, and no more than
 /// the device holds where it can tell. Returns the number read, -1 if the device refuses or claims
 /// to have read more.

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/dbffieldconverter.h>
-#include <dbf/converters/fieldtext_p.h>
-#include <dbf/converters/numbertext_p.h>
+#include <dbf/encoding/bytes_p.h>
+#include <dbf/encoding/numbertext_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/table/dbftable.h>
 #include <dbf/transform/recordtransformer_p.h>
@@ -112,7 +112,7 @@ void RecordTransformer::perform(const Step& step, std::string_view image, QByteA
     }
     case Action::NumberText: {
         const DbfFieldDescriptor& field = m_target.column(step.targetColumn).descriptor;
-        const std::string_view text = trimmedAscii(bytes.substr(0, bytes.find('\0')));
+        const std::string_view text = trimmedAscii(untilZero(bytes));
         const std::optional<double> number = text.empty() ? 0.0 : readPlainNumber(text);
         if (number)
             writeNumberField(*number, field.decimals, extend(target, field.length), field.length);

@@ -4,7 +4,7 @@
 #ifndef DBF_TRANSFORM_RECORDTRANSFORMER_P_H
 #define DBF_TRANSFORM_RECORDTRANSFORMER_P_H
 
-#include <dbf/format/recordimage_p.h>
+#include <dbf/format/recordlayout_p.h>
 #include <dbf/transform/dbfschematransform.h>
 
 #include <QtCore/QByteArray>
@@ -53,8 +53,8 @@ private:
     void perform(const Step& step, std::string_view image, QByteArray& target);
     void convert(const Step& step, std::string_view bytes, QByteArray& target);
 
-    RecordImageCodec m_source;
-    RecordImageCodec m_target;
+    RecordLayout m_source;
+    RecordLayout m_target;
     std::vector<Step> m_steps;
     TextScratch m_text = {};
 };

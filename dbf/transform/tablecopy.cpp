@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/fieldtext_p.h>
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/datetext_p.h>
+#include <dbf/encoding/bytes_p.h>
+#include <dbf/encoding/datetext_p.h>
 
 #include <QtCore/QString>
 #include <QtCore/QVariant>
@@ -21,11 +22,6 @@ constexpr size_t monthOffset = 4;
 constexpr size_t dayOffset = 6;
 constexpr size_t partSize = 2;
 constexpr size_t dateSize = 8;
-
-bool isDigit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
 
 int twoDigits(const char* text)
 {

@@ -1,25 +1,65 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#ifndef DBF_CONVERTERS_TEXTCODEC_P_H
-#define DBF_CONVERTERS_TEXTCODEC_P_H
+#ifndef DBF_ENCODING_TEXT_P_H
+#define DBF_ENCODING_TEXT_P_H
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QStringView>
 
+#include <array>
 #include <string_view>
+#include <vector>
 
 class QTextCodec;
 
 namespace dbf
 {
 
-class SingleByteTable;
+/// The two directions of a single-byte character set as tables, read off the codec itself.
+class SingleByteTable
+{
+public:
+    /// Returns the table of \a codec, null when it is not known for a single-byte character set or
+    /// does not behave like one. Made on first use and kept for the life of the process; safe on
+    /// any thread, without a lock.
+    static const SingleByteTable* of(QTextCodec* codec);
+
+    /// Returns what stands in \a bytes before the first 0x00, without the white space at both ends,
+    /// by the characters they stand for.
+    std::string_view content(std::string_view bytes) const;
+
+    /// Decodes \a bytes into as many units at \a units.
+    void decode(std::string_view bytes, char16_t* units) const;
+
+    /// Encodes \a text into as many bytes at \a bytes. Returns false, with \a bytes in any state,
+    /// when a unit has no exact byte: only the codec knows what then happens.
+    bool encode(QStringView text, char* bytes) const;
+
+    bool isAsciiTransparent() const { return m_asciiTransparent; }
+
+private:
+    static constexpr quint16 noByte = 0x100; // a bit that no byte has
+
+    SingleByteTable() = default;
+    char16_t unit(char byte) const { return m_units[static_cast<quint8>(byte)]; }
+
+    static const SingleByteTable* derivedFrom(const QTextCodec& codec);
+    bool readDecoding(const QTextCodec& codec);
+    bool readPairs(const QTextCodec& codec);
+    void readEncoding(const QTextCodec& codec);
+
+    std::array<char16_t, 256> m_units{};
+    std::array<bool, 256> m_isSpace{};
+    std::vector<char16_t> m_pairs; // the units of all pairs of bytes; one look-up for two bytes
+    std::vector<quint16> m_bytes;  // by unit, noByte where none is exact
+    bool m_asciiTransparent = false;
+};
 
 /// Room for the text of one field.
 struct TextScratch {
-    static constexpr int size = 255; // bytes, the longest field
+    static constexpr int size = 255; // bytes, what no field exceeds
     char16_t units[size];
     QString text;
 };

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/rightjustifiednumber_p.h>
-#include <dbf/converters/spaces_p.h>
+#include <dbf/encoding/numbertext_p.h>
 
 // All of the characters are handled at once, eight to a word: where a number begins differs from
 // record to record, and loops that end there cost more than all the rest.

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/singlebytetable_p.h>
-#include <dbf/converters/textcodec_p.h>
-#include <dbf/format/codepage_p.h>
+#include <dbf/encoding/bytes_p.h>
+#include <dbf/encoding/codecchoice_p.h>
+#include <dbf/encoding/text_p.h>
 
 #include <QtCore/QTextCodec>
 
@@ -43,7 +43,7 @@ TextCodec::TextCodec(QTextCodec* codec)
 QString TextCodec::decode(std::string_view bytes) const
 {
     if (!m_table) {
-        const std::string_view content = bytes.substr(0, bytes.find('\0'));
+        const std::string_view content = untilZero(bytes);
         const char* const start = content.empty() ? "" : content.data(); // never a null pointer
         const auto size = static_cast<int>(content.size());
         return (m_codec ? m_codec->toUnicode(start, size, nullptr)

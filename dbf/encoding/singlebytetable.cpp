@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/singlebytetable_p.h>
-#include <dbf/converters/spaces_p.h>
+#include <dbf/encoding/bytes_p.h>
+#include <dbf/encoding/text_p.h>
 
 #include <QtCore/QTextCodec>
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#ifndef DBF_CONVERTERS_DECIMALVALUE_P_H
-#define DBF_CONVERTERS_DECIMALVALUE_P_H
+#ifndef DBF_DECIMAL_DECIMALVALUE_P_H
+#define DBF_DECIMAL_DECIMALVALUE_P_H
 
 #include <dbf/decimal/qdecnumber.h>
 
@@ -22,6 +22,9 @@ QDecNumber roundedToInteger(const QDecNumber& number);
 
 /// Returns \a number rounded to an integer, 0 when that is impossible or outside 32 bits.
 int decimalToInt(const QDecNumber& number);
+
+/// Returns \a number rounded to an integer, 0 when that is impossible or outside 64 bits.
+qlonglong decimalToLongLong(const QDecNumber& number);
 
 } // namespace dbf
 

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/format/codepage_p.h>
-#include <dbf/table/dbftable.h>
+#include <dbf/encoding/codecchoice_p.h>
 
 #include <QtCore/QTextCodec>
 
@@ -21,6 +20,11 @@ constexpr char koi8Name[] = "KOI8-R";
 constexpr int windowsCyrillicMib = 2251;
 constexpr int dosCyrillicMib = 2086;
 constexpr int latin1Mib = 4;
+
+// The code page bytes that the library writes.
+constexpr quint8 noCodePage = 0x00;
+constexpr quint8 dosCyrillic = 0x66;
+constexpr quint8 windowsCyrillic = 0xC9;
 
 constexpr int mibByLDID[] = {
     // 0x00
@@ -54,52 +58,48 @@ static_assert(languageIdCount == 0xCC, "one entry per language driver id from 0x
 
 } // namespace
 
-QTextCodec* codecForCodePage(DbfCodePage codePage)
+QTextCodec* codecForCodePage(quint8 codePage)
 {
     switch (codePage) {
-    case DbfCodePage::IBM866:
+    case dosCyrillic:
         return QTextCodec::codecForName(dosCyrillicName);
-    case DbfCodePage::Windows1251:
-    case DbfCodePage::NotSet:
+    case windowsCyrillic:
+    case noCodePage:
         return QTextCodec::codecForName(windowsCyrillicName);
+    default:
+        return QTextCodec::codecForName(koi8Name);
     }
-    return QTextCodec::codecForName(koi8Name);
+}
+
+quint8 codePageForCodec(const QTextCodec* codec)
+{
+    if (!codec)
+        return noCodePage;
+    const QByteArray name = codec->name();
+    if (name == windowsCyrillicName)
+        return windowsCyrillic;
+    if (name == dosCyrillicName)
+        return dosCyrillic;
+    switch (codec->mibEnum()) {
+    case windowsCyrillicMib:
+        return windowsCyrillic;
+    case dosCyrillicMib:
+        return dosCyrillic;
+    default:
+        return noCodePage;
+    }
 }
 
 QTextCodec* usableCodec(QTextCodec* codec)
 {
     if (codec)
         return codec;
-    if (QTextCodec* const fallback = codecForCodePage(DbfCodePage::NotSet))
+    if (QTextCodec* const fallback = codecForCodePage(noCodePage))
         return fallback;
     return QTextCodec::codecForMib(latin1Mib); // GCOVR_EXCL_LINE: only a Qt without that codec
 }
 
-QTextCodec* DbfTable::codecByCodePage(DbfCodePage codePage)
-{
-    return codecForCodePage(codePage);
-}
-
-DbfCodePage DbfTable::codePageByCodec(QTextCodec* codec)
-{
-    if (!codec)
-        return DbfCodePage::NotSet;
-    const QByteArray name = codec->name();
-    if (name == windowsCyrillicName)
-        return DbfCodePage::Windows1251;
-    if (name == dosCyrillicName)
-        return DbfCodePage::IBM866;
-    switch (codec->mibEnum()) {
-    case windowsCyrillicMib:
-        return DbfCodePage::Windows1251;
-    case dosCyrillicMib:
-        return DbfCodePage::IBM866;
-    default:
-        return DbfCodePage::NotSet;
-    }
-}
-
-int DbfTable::languageIdToMIB(int id)
+int mibForLanguageDriver(int id)
 {
     return id >= 0 && id < languageIdCount ? mibByLDID[id] : 0;
 }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#ifndef DBF_CONVERTERS_DATETEXT_P_H
-#define DBF_CONVERTERS_DATETEXT_P_H
+#ifndef DBF_ENCODING_DATETEXT_P_H
+#define DBF_ENCODING_DATETEXT_P_H
 
 #include <QtCore/QByteArray>
 #include <QtCore/QDate>

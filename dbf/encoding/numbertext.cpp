@@ -1,9 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/numbertext_p.h>
-#include <dbf/converters/rightjustifiednumber_p.h>
-#include <dbf/converters/spaces_p.h>
+#include <dbf/encoding/numbertext_p.h>
 
 #include <algorithm>
 #include <array>
@@ -20,11 +18,6 @@ namespace
 {
 
 constexpr int maxExactDigits = 15; // of an integer that is exact as a double
-
-bool isDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
 
 bool isAsciiSpace(char character)
 {
@@ -55,13 +48,12 @@ __extension__ using Product = unsigned __int128; // of two 64-bit numbers
 /// halves up as QByteArray::number does it; nothing for what is too large or too long for this.
 std::optional<quint64> inUnitsOfLastDecimal(double magnitude, int decimals)
 {
-    static constexpr std::array<quint64, 10> powersOfTen{
-        1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
+    constexpr int maxDecimals = 9; // so that significand and power fit a Product
     constexpr int fractionBits = std::numeric_limits<double>::digits - 1;
     constexpr int exponentBias = std::numeric_limits<double>::max_exponent - 1 + fractionBits;
     constexpr int productBits = 8 * sizeof(Product);
     constexpr quint64 hiddenBit = Q_UINT64_C(1) << fractionBits;
-    if (decimals >= static_cast<int>(powersOfTen.size()))
+    if (decimals > maxDecimals)
         return std::nullopt;
     if (magnitude == 0.0)
         return 0;
@@ -72,7 +64,8 @@ std::optional<quint64> inUnitsOfLastDecimal(double magnitude, int decimals)
     if (shift < 1 || shift >= productBits)
         return std::nullopt;
     const quint64 significand = (bits & (hiddenBit - 1)) | hiddenBit;
-    const Product product = Product(significand) * powersOfTen[static_cast<size_t>(decimals)];
+    const Product product =
+        Product(significand) * static_cast<quint64>(powersOfTen[static_cast<size_t>(decimals)]);
     const Product rounded = ((product >> (shift - 1)) + 1) >> 1;
     if (rounded > std::numeric_limits<quint64>::max())
         return std::nullopt;

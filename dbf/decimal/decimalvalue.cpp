@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/converters/decimalvalue_p.h>
+#include <dbf/decimal/decimalvalue_p.h>
 #include <dbf/decimal/decnumber.h>
 #include <dbf/decimal/qdeccontext.h>
 
 #include <QtCore/QVariant>
+
+#include <array>
 
 namespace dbf
 {
@@ -34,6 +36,14 @@ int decimalToInt(const QDecNumber& number)
     const QDecNumber integer = roundedToInteger(number);
     QDecContext context(0);
     return decNumberToInt32(&integer, &context);
+}
+
+// Through text, since the decimal layer converts to 32 bits only.
+qlonglong decimalToLongLong(const QDecNumber& number)
+{
+    std::array<char, QDecNumber::TextSize> text{};
+    const QDecNumber integer = roundedToInteger(number);
+    return QByteArray(decNumberToString(&integer, text.data())).toLongLong();
 }
 
 } // namespace dbf

@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#ifndef DBF_FORMAT_RECORDIMAGE_P_H
-#define DBF_FORMAT_RECORDIMAGE_P_H
+#ifndef DBF_FORMAT_RECORDLAYOUT_P_H
+#define DBF_FORMAT_RECORDLAYOUT_P_H
 
 #include <dbf/converters/fieldkind_p.h>
-#include <dbf/converters/textcodec_p.h>
 #include <dbf/model/dbfrecord.h>
 #include <dbf/model/dbfschema.h>
 
@@ -18,11 +17,6 @@
 namespace dbf
 {
 
-class DbfFieldConverter;
-
-/// The converter of \a column, the raw-bytes converter where it has none.
-DbfFieldConverter* converterOf(const DbfColumn& column);
-
 /// Whether a record image is marked deleted; an empty one is not.
 bool isDeletedImage(std::string_view image);
 
@@ -30,10 +24,10 @@ bool isDeletedImage(std::string_view image);
 ///
 /// Slices are views of the image they are cut from; of an image that ends early they come out short
 /// or empty. Not for use by several threads at once.
-class RecordImageCodec
+class RecordLayout
 {
 public:
-    explicit RecordImageCodec(const DbfSchema& schema);
+    explicit RecordLayout(const DbfSchema& schema);
 
     /// Whether this is the layout of \a schema as it is now.
     bool isMadeFor(const DbfSchema& schema) const
@@ -101,6 +95,10 @@ private:
 
     QVariant askConverter(std::string_view bytes, const DbfColumn& column);
     void write(const QVariant& value, const Field& field, char* bytes);
+    FieldContext contextOf(const Field& field) const
+    {
+        return {&m_textCodec, field.length, field.column->descriptor.decimals};
+    }
 
     const DbfSchema m_schema; // a copy, since a caller's converter may rebuild the original
     TextCodec m_textCodec;

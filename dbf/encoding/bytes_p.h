@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#ifndef DBF_ENCODING_BYTES_P_H
+#define DBF_ENCODING_BYTES_P_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QtAlgorithms>
+#include <QtCore/QtEndian>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace dbf
+{
+
+/// Returns a view of \a bytes.
+inline std::string_view viewOf(const QByteArray& bytes)
+{
+    return {bytes.constData(), static_cast<size_t>(bytes.size())};
+}
+
+/// Returns an empty array with room for \a size bytes.
+inline QByteArray emptyWithRoom(int size)
+{
+    QByteArray bytes;
+    bytes.reserve(size);
+    return bytes;
+}
+
+/// Makes \a bytes longer by \a size and returns where the new ones are, which have any value.
+inline char* extend(QByteArray& bytes, int size)
+{
+    const int start = bytes.size();
+    bytes.resize(start + size);
+    return bytes.data() + start;
+}
+
+/// Returns what a text field holds in \a bytes: it ends at its first zero byte.
+inline std::string_view untilZero(std::string_view bytes)
+{
+    return bytes.substr(0, bytes.find('\0'));
+}
+
+inline bool isDigit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
+
+inline constexpr std::array<qint64, 16> powersOfTen = [] {
+    std::array<qint64, 16> powers{1};
+    for (size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
+
+// Fields are padded with runs of spaces, which are passed eight at a time.
+constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
+constexpr std::ptrdiff_t wordSize = 8;
+constexpr int bitsPerByte = 8;
+
+/// Returns where the spaces at \a begin end, up to seven of the last ones left standing.
+inline const char* withoutLeadingSpaces(const char* begin, const char* end)
+{
+    while (end - begin >= wordSize) {
+        const quint64 others = qFromLittleEndian<quint64>(begin) ^ eightSpaces;
+        if (others != 0)
+            return begin + qCountTrailingZeroBits(others) / bitsPerByte;
+        begin += wordSize;
+    }
+    return begin;
+}
+
+} // namespace dbf
+
+#endif
