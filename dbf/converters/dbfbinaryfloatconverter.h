@@ -9,28 +9,24 @@
 namespace dbf
 {
 
-/// An IEEE 754 binary32 number, little-endian, in 4 bytes, whatever the field's length. Never a
-/// default: a caller installs it on a column.
+/// An IEEE 754 binary32 number. Never a default: a caller installs it on a column.
+///
+/// - Bytes: 4, little-endian, whatever the field's length: the value as a float, 0 when QVariant
+/// does
+///   not convert it.
+/// - Value: a float (NaN and infinities included); invalid when there are fewer bytes.
+/// - Blank: zero bytes.
 class DBFTABLE_EXPORT DbfBinaryFloatConverter : public DbfFieldConverter
 {
 public:
     /// Returns the one shared object; never null, owned by the library.
     static DbfBinaryFloatConverter* instance();
 
-    /// Returns 4 bytes, whatever the field's length: the value as a float, 0 when QVariant does not
-    /// convert it.
     QByteArray toByteArray(const QVariant& value, const DbfSchema& schema,
                            const DbfFieldDescriptor& field) const override;
-
-    /// Returns the number in the first 4 bytes as a float (NaN and infinities included), or an
-    /// invalid QVariant when \a bytes has fewer.
     QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
                        const DbfFieldDescriptor& field) const override;
-
-    /// Converts to double as QVariant::convert does and returns its result.
     bool convertVariant(QVariant& value) const override;
-
-    /// Returns \a length zero bytes.
     QByteArray defaultBytes(int length) const override;
 };
 

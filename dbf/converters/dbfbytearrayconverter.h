@@ -10,22 +10,20 @@ namespace dbf
 {
 
 /// A field's bytes as they are; the default for every type letter without a converter of its own.
-/// A blank field is all spaces.
+///
+/// - Bytes: QVariant::toByteArray of the value, neither padded nor cut to the field.
+/// - Value: a QByteArray with a copy of all bytes.
+/// - Blank: spaces.
 class DBFTABLE_EXPORT DbfByteArrayConverter : public DbfFieldConverter
 {
 public:
     /// Returns the one shared object; never null, owned by the library.
     static DbfByteArrayConverter* instance();
 
-    /// Returns QVariant::toByteArray of \a value unchanged: neither padded nor cut to the field.
     QByteArray toByteArray(const QVariant& value, const DbfSchema& schema,
                            const DbfFieldDescriptor& field) const override;
-
-    /// Returns a QByteArray with a copy of all of \a bytes.
     QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
                        const DbfFieldDescriptor& field) const override;
-
-    /// Converts to QByteArray as QVariant::convert does and returns its result.
     bool convertVariant(QVariant& value) const override;
 };
 

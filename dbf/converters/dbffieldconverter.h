@@ -30,8 +30,9 @@ class DBFTABLE_EXPORT DbfFieldConverter
 public:
     virtual ~DbfFieldConverter();
 
-    /// Returns the bytes to store for \a value. They go into the record image as returned, neither
-    /// padded nor cut: anything but `field.length` bytes shifts the fields after it.
+    /// Returns the bytes to store for \a value; \a schema and \a field are those of its column.
+    /// They go into the record image as returned, neither padded nor cut: anything but
+    /// `field.length` bytes shifts the fields after it.
     virtual QByteArray toByteArray(const QVariant& value, const DbfSchema& schema,
                                    const DbfFieldDescriptor& field) const = 0;
 
@@ -43,6 +44,8 @@ public:
 
     /// Brings \a value in place to the type that the converter works with. Returns whether it now
     /// holds that type; after a failure it is in the state in which QVariant::convert leaves it.
+    /// The library's own converters do what QVariant::convert does, except for a QDecNumber where
+    /// their class says so, which always becomes a value.
     virtual bool convertVariant(QVariant& value) const = 0;
 
     /// Returns the image of a field of \a length bytes that holds the type's default value; spaces

@@ -9,29 +9,24 @@
 namespace dbf
 {
 
-/// A signed 32-bit little-endian integer in 4 bytes, whatever the field's length. Never a default:
-/// a caller installs it on a column.
+/// A signed 32-bit integer. Never a default: a caller installs it on a column.
+///
+/// - Bytes: 4, little-endian, whatever the field's length: QVariant::toInt.
+/// - Value: an int; invalid when there are fewer bytes.
+/// - Blank: zero bytes.
+/// - Decimals: rounded half up to an integer of at most 9 digits; what cannot be so rounded (NaN,
+///   infinities, more digits) becomes 0.
 class DBFTABLE_EXPORT DbfIntConverter : public DbfFieldConverter
 {
 public:
     /// Returns the one shared object; never null, owned by the library.
     static DbfIntConverter* instance();
 
-    /// Returns 4 bytes, whatever the field's length: QVariant::toInt.
     QByteArray toByteArray(const QVariant& value, const DbfSchema& schema,
                            const DbfFieldDescriptor& field) const override;
-
-    /// Returns the integer in the first 4 bytes as an int, or an invalid QVariant when \a bytes has
-    /// fewer.
     QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
                        const DbfFieldDescriptor& field) const override;
-
-    /// Converts to int as QVariant::convert does and returns its result. A QDecNumber is rounded
-    /// half up to an integer (at most 9 digits) and held as an int; what cannot be so rounded
-    /// (NaN, infinities, more digits) becomes 0. The result is then always true.
     bool convertVariant(QVariant& value) const override;
-
-    /// Returns \a length zero bytes.
     QByteArray defaultBytes(int length) const override;
 };
 

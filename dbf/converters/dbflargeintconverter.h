@@ -9,29 +9,24 @@
 namespace dbf
 {
 
-/// A signed 64-bit little-endian integer in 8 bytes, whatever the field's length. Never a default:
-/// a caller installs it on a column.
+/// A signed 64-bit integer. Never a default: a caller installs it on a column.
+///
+/// - Bytes: 8, little-endian, whatever the field's length: QVariant::toLongLong.
+/// - Value: a qlonglong; invalid when there are fewer bytes.
+/// - Blank: zero bytes.
+/// - Decimals: rounded half up to an integer of at most 9 digits; what cannot be so rounded (NaN,
+///   infinities, more digits) becomes 0.
 class DBFTABLE_EXPORT DbfLargeIntConverter : public DbfFieldConverter
 {
 public:
     /// Returns the one shared object; never null, owned by the library.
     static DbfLargeIntConverter* instance();
 
-    /// Returns 8 bytes, whatever the field's length: QVariant::toLongLong.
     QByteArray toByteArray(const QVariant& value, const DbfSchema& schema,
                            const DbfFieldDescriptor& field) const override;
-
-    /// Returns the integer in the first 8 bytes as a qlonglong, or an invalid QVariant when \a
-    /// bytes has fewer.
     QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
                        const DbfFieldDescriptor& field) const override;
-
-    /// Converts to qlonglong as QVariant::convert does and returns its result. A QDecNumber is
-    /// rounded half up to an integer (at most 9 digits) and held as a qlonglong; what cannot be so
-    /// rounded (NaN, infinities, more digits) becomes 0. The result is then always true.
     bool convertVariant(QVariant& value) const override;
-
-    /// Returns \a length zero bytes.
     QByteArray defaultBytes(int length) const override;
 };
 

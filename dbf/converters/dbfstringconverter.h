@@ -13,26 +13,24 @@ class QTextCodec;
 namespace dbf
 {
 
-/// Text in the codec of the schema; the default for Character and Numeric fields. A blank field is
-/// all spaces.
+/// Text in the codec of the schema; the default for Character and Numeric fields.
+///
+/// - Bytes: QVariant::toString of the value, trimmed, encoded, cut to the field and filled up with
+///   0x00. The cut is silent and may fall inside a multi-byte character; fromUnicode() tells
+///   whether a text fits.
+/// - Value: a QString, the text before the first 0x00 byte decoded (by the fallback of
+///   DbfSchema::setCodec when the codec is null) and trimmed.
+/// - Blank: spaces.
 class DBFTABLE_EXPORT DbfStringConverter : public DbfFieldConverter
 {
 public:
     /// Returns the one shared object; never null, owned by the library.
     static DbfStringConverter* instance();
 
-    /// Returns the value's text (QVariant::toString), trimmed, encoded with `schema.codec`, cut to
-    /// `field.length` bytes and filled up with 0x00. The cut is silent and may fall inside a
-    /// multi-byte character; fromUnicode() tells whether a text fits.
     QByteArray toByteArray(const QVariant& value, const DbfSchema& schema,
                            const DbfFieldDescriptor& field) const override;
-
-    /// Returns the text before the first 0x00 byte, decoded with `schema.codec` (the fallback of
-    /// DbfSchema::setCodec when it is null) and trimmed, as a QString.
     QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
                        const DbfFieldDescriptor& field) const override;
-
-    /// Converts to QString as QVariant::convert does and returns its result.
     bool convertVariant(QVariant& value) const override;
 
     /// Returns \a text encoded with \a codec (null as in DbfSchema::setCodec), never more than

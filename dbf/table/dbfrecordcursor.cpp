@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/format/layout_p.h>
 #include <dbf/format/recordlayout_p.h>
 #include <dbf/table/dbfrecordcursor.h>
 #include <dbf/table/dbftable.h>
 #include <dbf/table/deviceprimitives_p.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace dbf
 {
@@ -22,7 +22,7 @@ constexpr int blockSize = 131072; // bytes
 bool isImpossible(qint64 first, qint64 count, const DbfTableDescriptor& descriptor)
 {
     return first < 0 || first > descriptor.recordCount || count < 0 ||
-           first + count > qint64(std::numeric_limits<int>::max()) + 1;
+           first + count > qint64(layout::maxRecordIndex) + 1;
 }
 
 /// Keeps a block as it is while a caller's converter or codec runs, which may move the cursor on:

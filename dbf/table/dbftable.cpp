@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/format/layout_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
-#include <limits>
 #include <utility>
 
 namespace dbf
@@ -99,7 +99,7 @@ QIODevice* DbfTable::device() const
 
 int DbfTable::recordCount() const
 {
-    constexpr quint32 maxCount = std::numeric_limits<int>::max();
+    constexpr quint32 maxCount = layout::maxRecordIndex;
     return static_cast<int>(qMin(m_descriptor.recordCount, maxCount));
 }
 

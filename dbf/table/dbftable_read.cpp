@@ -6,8 +6,6 @@
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
-#include <limits>
-
 namespace dbf
 {
 
@@ -52,8 +50,7 @@ QVector<DbfRecord> DbfTable::readRecords(int first, int count)
         const size_t length = m_descriptor.recordLength;
         Private::usingLayout(*this, [&](RecordLayout& layout) {
             for (int i = 0; i < count; ++i) {
-                const qint64 index =
-                    qMin<qint64>(qint64(first) + i, std::numeric_limits<int>::max());
+                const qint64 index = qMin<qint64>(qint64(first) + i, layout::maxRecordIndex);
                 records.append(layout.parse(all.substr(static_cast<size_t>(i) * length, length),
                                             static_cast<int>(index)));
             }

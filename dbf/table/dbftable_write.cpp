@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/encoding/bytes_p.h>
+#include <dbf/format/layout_p.h>
+#include <dbf/format/tableheader_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace dbf
@@ -16,11 +17,10 @@ namespace
 {
 
 constexpr int appendBlockSize = 65536; // bytes
-constexpr int endMarkerSize = sizeof(char);
 
 qint64 endOfRecords(const DbfTableDescriptor& descriptor)
 {
-    return descriptor.headerLength + qint64(descriptor.recordCount) * descriptor.recordLength;
+    return format::recordOffset(descriptor.recordCount, descriptor);
 }
 
 } // namespace
@@ -145,9 +145,8 @@ void DbfTable::Private::seekSlot(DbfTable& table, int index)
 // exists.
 void DbfTable::Private::seekSlotForAppending(DbfTable& table, int count)
 {
-    constexpr qint64 lastSlot = std::numeric_limits<int>::max();
     requireExactWrites(table.device());
-    if (table.m_descriptor.recordCount + qint64(count) - 1 > lastSlot)
+    if (table.m_descriptor.recordCount + qint64(count) - 1 > layout::maxRecordIndex)
         throw ReadError;
     seekSlot(table, static_cast<int>(table.m_descriptor.recordCount));
 }
@@ -232,7 +231,7 @@ void DbfTable::Private::finishAppending(DbfTable& table, int count)
     kept.missingEndMarker.reset();
     DbfTableDescriptor& header = table.m_descriptor;
     header.recordCount += static_cast<quint32>(count);
-    kept.end = std::max(*kept.end, endOfRecords(header) + endMarkerSize);
+    kept.end = std::max(*kept.end, endOfRecords(header) + layout::endMarkerSize);
     updateRecordCount(device, header.recordCount);
     try {
         flushWrites(device);

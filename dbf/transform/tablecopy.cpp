@@ -2,13 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/encoding/bytes_p.h>
+#include <dbf/format/layout_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 #include <dbf/transform/recordtransformer_p.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace dbf
 {
@@ -101,7 +101,7 @@ bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
 {
     const DbfTableDescriptor& header = table.m_descriptor;
     return table.m_opened && table.m_device && target && header.recordLength > 0 &&
-           header.recordCount <= static_cast<quint32>(std::numeric_limits<int>::max()) &&
+           header.recordCount <= static_cast<quint32>(layout::maxRecordIndex) &&
            !table.m_device->isTextModeEnabled() && !wouldOverwrite(target, table.device());
 }
 
