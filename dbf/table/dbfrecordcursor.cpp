@@ -25,21 +25,6 @@ bool isImpossible(qint64 first, qint64 count, const DbfTableDescriptor& descript
            first + count > qint64(layout::maxRecordIndex) + 1;
 }
 
-/// Keeps a block as it is while a caller's converter or codec runs, which may move the cursor on:
-/// the next block is then read into bytes of its own.
-class BlockHolder
-{
-public:
-    BlockHolder(const QByteArray& block, bool isNeeded)
-    {
-        if (isNeeded)
-            m_block = block;
-    }
-
-private:
-    QByteArray m_block;
-};
-
 bool isSameLayout(const DbfFieldDescriptor& a, const DbfFieldDescriptor& b)
 {
     return a.type == b.type && a.length == b.length && a.decimals == b.decimals && a.name == b.name;
@@ -69,20 +54,23 @@ public:
     {
         if (!hasColumn(column))
             return {};
-        const BlockHolder holder(m_block, m_layout.callsOut(column));
-        return m_layout.value(bytes(column), column);
+        return m_layout.callsOut(column) ? valueFromCaller(column)
+                                         : m_layout.value(bytes(column), column);
     }
     QStringView text(int column)
     {
         if (!hasColumn(column))
             return {};
-        const BlockHolder holder(m_block, !m_layout.textCodec().isTabulated());
-        return m_layout.textCodec().decode(bytes(column), m_text);
+        return m_layout.textCodec().isTabulated()
+                   ? m_layout.textCodec().decode(bytes(column), m_text)
+                   : textFromCaller(column);
     }
     DbfRecord record();
     bool hasError() const { return m_failed; }
 
 private:
+    QVariant valueFromCaller(int column);
+    QStringView textFromCaller(int column);
     bool readBlock();
     bool tableHasOtherLayout() const;
 
@@ -124,6 +112,20 @@ bool DbfRecordCursor::Private::next()
     const int length = m_descriptor.recordLength;
     m_image = {m_block.constData() + m_current * length, static_cast<size_t>(length)};
     return true;
+}
+
+// While a caller's converter or codec runs, which may move the cursor on, the block is kept as it
+// is by sharing it: the next one is then read into bytes of its own.
+Q_NEVER_INLINE QVariant DbfRecordCursor::Private::valueFromCaller(int column)
+{
+    const QByteArray block = m_block;
+    return m_layout.value(bytes(column), column);
+}
+
+Q_NEVER_INLINE QStringView DbfRecordCursor::Private::textFromCaller(int column)
+{
+    const QByteArray block = m_block;
+    return m_layout.textCodec().decode(bytes(column), m_text);
 }
 
 // Leaves the cursor before the first record of the next block.
@@ -183,7 +185,7 @@ DbfRecord DbfRecordCursor::Private::record()
 {
     if (!hasRecord())
         return {-1, QVector<QVariant>(m_layout.columnCount())};
-    const BlockHolder holder(m_block, true);
+    const QByteArray block = m_block;
     return m_layout.parse(m_image, index());
 }
 
