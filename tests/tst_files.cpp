@@ -108,6 +108,9 @@ private slots:
         FileTable t(path());
         QVERIFY(!t.table.isRecordDeleted(2));
         QCOMPARE(read(t.table, 1), QString(10, 'a'));
+        const qint64 position = t.file.pos();
+        QVERIFY(t.table.readRecord(-1).isTransient());
+        QCOMPARE(t.file.pos(), position);
         QFile other(path());
         QVERIFY(other.open(QIODevice::ReadWrite));
         other.write(tableOf(100, 'b').bytes());

@@ -91,12 +91,15 @@ QByteArray readInBlocks(QIODevice* device, int length)
     return data;
 }
 
-// Goes through QIODevice itself, which drops its buffer for every place outside of it, and calls
-// neither the file nor a caller's class of it. Where the file stands follows with the next seek.
+// Goes away and comes back through QIODevice itself, which drops its buffer for every place outside
+// of it, and calls neither the file, which stands where it stood, nor a caller's class of it.
 void dropReadAhead(QIODevice* device)
 {
-    if (device && device->isOpen() && !device->isSequential() && asFileDevice(device))
-        device->QIODevice::seek(std::numeric_limits<qint64>::max());
+    if (!asFileDevice(device))
+        return;
+    const qint64 position = device->pos();
+    device->QIODevice::seek(std::numeric_limits<qint64>::max());
+    device->QIODevice::seek(position);
 }
 
 // A program that has ended cannot have taken in all that it was given: the end of its input was
@@ -136,8 +139,8 @@ qint64 readUpTo(QIODevice* device, char* data, qint64 length)
 void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& descriptor)
 {
     requireExactReads(device);
-    dropReadAhead(device);
     primitives::seekRecord(device, index, descriptor, 0);
+    dropReadAhead(device);
 }
 
 void requirePlausibleCount(const QIODevice* device, qint64 count,
