@@ -21,6 +21,7 @@
 #include <dbf/converters/dbflargeintconverter.h>
 #include <dbf/converters/dbfsmallintconverter.h>
 #include <dbf/converters/dbfstringconverter.h>
+#include <dbf/dbfversion.h>
 #include <dbf/decimal/decnumber.h>
 #include <dbf/decimal/qdeccontext.h>
 #include <dbf/decimal/qdecnumber.h>

@@ -13,6 +13,14 @@ class TestModel : public QObject
     Q_OBJECT
 
 private slots:
+    void versionIsThatOfTheHeaders()
+    {
+        QCOMPARE(libraryVersion().toString(), QString("%1.%2.%3")
+                                                  .arg(DBFTABLE_VERSION >> 16)
+                                                  .arg(DBFTABLE_VERSION >> 8 & 0xFF)
+                                                  .arg(DBFTABLE_VERSION & 0xFF));
+    }
+
     void columnsNeedConversionUnlessOnlyNamesDiffer()
     {
         const DbfColumn column(DbfFieldDescriptor::numberField("A", 10, 2));

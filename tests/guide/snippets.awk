@@ -1,4 +1,4 @@
 # Prints the C++ code blocks of a markdown file, each line where the compiler will name it.
-/^```cpp$/ { inside = 1; print "#line " NR + 1 " \"" FILENAME "\""; next }
+/^```cpp$/ { inside = 1; print "#line " FNR + 1 " \"" FILENAME "\""; next }
 /^```$/ { inside = 0 }
 inside { print }
