@@ -362,6 +362,10 @@ private slots:
         };
         const auto same = [](Stage&) {};
         row("updateRecord", {update, {0, 0, 1, 1}, Operation::SecondSlot});
+        const auto updateValues = [](Stage& s) { return s.table.updateValues(newRecord(1)); };
+        const auto setDeleted = [](Stage& s) { return s.table.setRecordDeleted(1, false); };
+        row("updateValues", {updateValues, {0, 1, 1, 2}, Operation::SecondSlot});
+        row("setRecordDeleted", {setDeleted, {0, 0, 1, 1}, Operation::SecondSlot});
         row("appendRecord", {append, {0, 0, 3, 2}, Operation::BehindRecords, same, 1});
         row("appendRecords", {appendFour, {0, 0, 4, 2}, Operation::BehindRecords, same, 4});
 

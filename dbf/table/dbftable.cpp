@@ -114,6 +114,11 @@ void DbfTable::setFieldConverter(int column, DbfFieldConverter* converter)
         m_schema.columns[column].setConverter(converter);
 }
 
+void DbfTable::setConverterChoice(ConverterChoice choice)
+{
+    Private::of(*this).converterChoice = std::move(choice);
+}
+
 bool DbfTable::error(DbfTableError code)
 {
     m_lastError = code;

@@ -24,6 +24,7 @@ namespace dbf
 {
 
 class DbfFieldConverter;
+struct DbfCopyOptions;
 struct DbfSchemaTransform;
 
 /// A table on a device: opens it, reads, rewrites and appends its records, creates it anew, and
@@ -135,9 +136,19 @@ public:
     void overrideTextCodec(QTextCodec* codec);
 
     /// Installs \a converter (not owned) on column \a column (0 to the column count minus 1; other
-    /// values change nothing). Every later open(), reopen() or refreshing actualize() puts the
-    /// default converters back.
+    /// values change nothing). Every later open(), reopen() or refreshing actualize() puts those of
+    /// setConverterChoice(), or the default converters, back.
     void setFieldConverter(int column, DbfFieldConverter* converter);
+
+    /// Chooses the converter of a column, which is not owned, by its field and the table's header.
+    using ConverterChoice = std::function<DbfFieldConverter*(const DbfFieldDescriptor& field,
+                                                             const DbfTableDescriptor& table)>;
+
+    /// Lets every later open(), reopen() and refreshing actualize() install the converters that
+    /// \a choice returns; where it returns null, and when it is empty, the default ones. What it
+    /// throws passes through, the table being as after a failed open(). Moves and swaps take it
+    /// along; a table that was moved from has none.
+    void setConverterChoice(ConverterChoice choice);
 
     /// Records \a code in place of any earlier one. Always returns false.
     bool error(DbfTableError code);
@@ -148,7 +159,7 @@ public:
 
     /// Opens the device in \a mode unless it is open already, and reads header and columns from its
     /// current position. Chooses the codec by the header's code page unless there is one, and gives
-    /// every column its default converter. Reads no record.
+    /// every column the converter of setConverterChoice() or its default one. Reads no record.
     ///
     /// Returns false, touching nothing, while an error is recorded. Records OpenError without a
     /// device or when it does not open, ReadError when header or columns are cut short, the header
@@ -213,6 +224,25 @@ public:
     /// not touched. Where a file ends is asked once after each opening; own appends move it.
     bool updateRecord(const DbfRecord& record);
 
+    /// Writes into the row that the index of \a record names only what changed: reads the old image
+    /// (one seek, one read), and writes the new one whole (one seek, one write), or nothing when
+    /// nothing changed. A field keeps its bytes when its value is of the same type as, and equal
+    /// to, what the column's converter reads from them (NaN is equal to NaN; values that Qt cannot
+    /// compare are equal when they would be written alike), and when the record has no value for
+    /// it. So reading any record and writing it back changes no byte. The deletion flag keeps its
+    /// byte unless isDeleted() differs from what it means; bytes behind the last column are kept.
+    ///
+    /// Returns false and records as updateRecord() does; ReadError, too, when the old image cannot
+    /// be read whole, and WriteError when a converter gives other than the length of a field that
+    /// changed (nothing is written then). What a converter writes into the same row meanwhile is
+    /// kept where this record changes nothing.
+    bool updateValues(const DbfRecord& record);
+
+    /// Writes the deletion flag of record \a index alone, 0x2A or 0x20: one seek, one write of a
+    /// byte. Returns false without recording anything or touching the device for an index out of
+    /// range, and records as updateRecord() does otherwise.
+    bool setRecordDeleted(int index, bool deleted);
+
     /// Writes \a record after the last one (its own index is ignored), then the end marker, then
     /// the new count into the header. Records ReadError when the slot cannot be reached or begins
     /// behind the end of a file, or the table has more records than an index can number, WriteError
@@ -267,6 +297,12 @@ public:
     /// failure: false is returned and the target stays open, unfinished.
     [[nodiscard]] bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
                                         const std::function<bool(int done, int total)>& progress);
+
+    /// Does the same with \a options. Returns false, too, when the pass that counts fails or is
+    /// stopped, before \a device is opened, and when another number of records is kept than was
+    /// counted.
+    [[nodiscard]] bool copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
+                                        const DbfCopyOptions& options);
 
     /// @}
     /// @name The header

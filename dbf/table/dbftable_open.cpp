@@ -32,13 +32,25 @@ bool DbfTable::open(QIODevice::OpenMode mode)
         if (!m_schema.codec)
             m_schema.setCodec(codecByCodePage(header.codePage));
         const QByteArray block = readSchemaData(device(), header);
-        const QVector<DbfFieldDescriptor> fields =
-            parseFieldDescriptors(block, header, m_schema.codec);
-        m_descriptor = header; // A caller's codec may have opened another table meanwhile.
-        m_schema.setColumns(fields);
+        DbfSchema schema(parseFieldDescriptors(block, header, m_schema.codec), m_schema.codec);
+        Private::chooseConverters(*this, header, schema);
+        m_descriptor = header; // Codec and choice may have opened another table meanwhile.
+        m_schema.columns = schema.columns;
         m_opened = true;
         ++kept.openings;
     });
+}
+
+void DbfTable::Private::chooseConverters(DbfTable& table, const DbfTableDescriptor& header,
+                                         DbfSchema& schema)
+{
+    const ConverterChoice choice = of(table).converterChoice; // which may replace itself
+    if (!choice)
+        return;
+    for (DbfColumn& column : schema.columns) {
+        if (DbfFieldConverter* const converter = choice(column.descriptor, header))
+            column.setConverter(converter);
+    }
 }
 
 bool DbfTable::reopen()

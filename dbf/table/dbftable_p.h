@@ -20,6 +20,7 @@ class DbfTable::Private
 {
 public:
     class Standing;
+    class ChangedFields;
     class ImageWriter;
     class Copy;
 
@@ -52,10 +53,18 @@ public:
         of(table).layout = std::move(layout);
     }
 
+    /// Gives the columns of \a schema the converters that the caller chose.
+    static void chooseConverters(DbfTable& table, const DbfTableDescriptor& header,
+                                 DbfSchema& schema);
+
     /// Positions the device on slot \a index, 0 to the record count. Throws ReadError when it
     /// cannot be reached, or begins behind the end of a file: a write would leave a hole there,
     /// which reads as records.
     static void seekSlot(DbfTable& table, int index);
+
+    /// Writes the first \a size of \a bytes where the device stands, within a record. Throws
+    /// WriteError.
+    static void overwrite(DbfTable& table, const QByteArray& bytes, int size);
 
     /// Positions the device on the slot behind the last record, once \a count slots can still be
     /// numbered and the device writes what it is given. Throws ReadError and WriteError.
@@ -73,10 +82,12 @@ public:
     /// Whether a copy of \a table onto \a target can begin.
     static bool canCopy(const DbfTable& table, const QIODevice* target);
 
+    ConverterChoice converterChoice;
     std::unique_ptr<RecordLayout> layout;
     quint64 openings = 0;      ///< Successful ones.
     quint64 changes = 0;       ///< How often a header was read or the table closed.
     quint64 appends = 0;       ///< How often records were written behind the last one.
+    quint64 updates = 0;       ///< How often bytes of a record were written over others.
     std::optional<qint64> end; ///< Of the file, in bytes, once the first write has asked for it.
     std::optional<qint64> missingEndMarker; ///< Where it was overwritten and must stand again.
 };

@@ -4,6 +4,7 @@
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/tableheader_p.h>
+#include <dbf/model/samevalue_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
@@ -75,11 +76,99 @@ bool DbfTable::updateRecord(const DbfRecord& record)
             standing.requireSameTable();
             if (standing.hasMoved())
                 Private::seekSlot(*this, index);
-            writingWhole(device(), [&] {
-                writeData(device(), image, m_descriptor.recordLength);
-                flushWrites(device());
-            });
+            Private::overwrite(*this, image, m_descriptor.recordLength);
         });
+    });
+}
+
+/// The fields of one record whose bytes change, and what becomes of them.
+class DbfTable::Private::ChangedFields
+{
+public:
+    ChangedFields(RecordLayout& layout, const DbfRecord& record, const QByteArray& image)
+        : m_isDeleted(record.isDeleted())
+    {
+        const int count = std::min(layout.columnCount(), int(record.values.size()));
+        for (int column = 0; column < count; ++column)
+            compare(layout, viewOf(image), column, record.values.at(column));
+    }
+
+    /// Returns \a image with the changes made.
+    QByteArray appliedTo(QByteArray image) const
+    {
+        for (const Change& change : m_changes)
+            image.replace(change.offset, change.bytes.size(), change.bytes);
+        if (!image.isEmpty() && isDeletedImage(viewOf(image)) != m_isDeleted)
+            image[0] = m_isDeleted ? layout::deletedFlag : layout::liveFlag;
+        return image;
+    }
+
+private:
+    struct Change {
+        int offset;
+        QByteArray bytes;
+    };
+
+    void compare(RecordLayout& layout, std::string_view image, int column, const QVariant& value)
+    {
+        const std::string_view before = layout.slice(image, column);
+        const QVariant old = layout.value(before, column);
+        if (isSameValue(old, value))
+            return;
+        QByteArray bytes;
+        layout.appendValue(value, column, bytes);
+        if (viewOf(bytes) == before)
+            return;
+        if (old.userType() == value.userType() && old.userType() >= QMetaType::User) {
+            QByteArray oldBytes;
+            layout.appendValue(old, column, oldBytes);
+            if (bytes == oldBytes)
+                return;
+        }
+        if (static_cast<size_t>(bytes.size()) != before.size() ||
+            bytes.size() != layout.column(column).descriptor.length)
+            throw WriteError;
+        m_changes.append({layout.offset(column), bytes});
+    }
+
+    QVector<Change> m_changes;
+    bool m_isDeleted;
+};
+
+bool DbfTable::updateValues(const DbfRecord& record)
+{
+    const int index = record.index();
+    if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
+        return false;
+    return Private::recordingErrors(*this, [this, index, record] {
+        requireExactWrites(device());
+        QByteArray image = readRecordData(device(), index, m_descriptor);
+        Private::usingLayout(*this, [&](RecordLayout& layout) {
+            const Private::Standing standing(*this);
+            const quint64 updates = Private::of(*this).updates;
+            const Private::ChangedFields changes(layout, record, image);
+            standing.requireSameTable();
+            if (updates != Private::of(*this).updates)
+                image = readRecordData(device(), index, m_descriptor);
+            const QByteArray changed = changes.appliedTo(image);
+            if (changed == image)
+                return;
+            Private::seekSlot(*this, index);
+            Private::overwrite(*this, changed, changed.size());
+        });
+    });
+}
+
+bool DbfTable::setRecordDeleted(int index, bool deleted)
+{
+    if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
+        return false;
+    return Private::recordingErrors(*this, [this, index, deleted] {
+        requireExactWrites(device());
+        Private::seekSlot(*this, index);
+        const char flag = deleted ? layout::deletedFlag : layout::liveFlag;
+        Private::overwrite(*this, QByteArray(layout::deletionFlagSize, flag),
+                           layout::deletionFlagSize);
     });
 }
 
@@ -126,8 +215,19 @@ bool DbfTable::create(const DbfSchema& schema)
         return error(OpenError);
     NewTableDevice target(device());
     return Private::recordingErrors(*this, [&] {
-        target.start(emptyTableDescriptor(codePageByCodec(schema.codec), schema), schema);
+        const DbfTableDescriptor header =
+            emptyTableDescriptor(codePageByCodec(schema.codec), schema);
+        target.start(serializeTableDescriptor(header), serializeSchema(schema), {});
         target.finish();
+    });
+}
+
+void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int size)
+{
+    ++of(table).updates;
+    writingWhole(table.device(), [&] {
+        writeData(table.device(), bytes, size);
+        flushWrites(table.device());
     });
 }
 

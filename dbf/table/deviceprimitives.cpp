@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include <dbf/format/fielddescriptorblock_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/tableheader_p.h>
 #include <dbf/table/deviceidentity_p.h>
@@ -229,17 +228,15 @@ NewTableDevice::~NewTableDevice()
         saveFile->cancelWriting();
 }
 
-void NewTableDevice::start(const DbfTableDescriptor& descriptor, const DbfSchema& schema)
+void NewTableDevice::start(const QByteArray& header, const QByteArray& fields,
+                           const QByteArray& backLink)
 {
     requireExactWrites(m_device);
-    primitives::writeData(m_device, format::serializeTableDescriptor(descriptor),
-                          layout::headerSize);
-    primitives::writeData(m_device, format::serializeSchema(schema),
-                          format::schemaLength(descriptor));
+    primitives::writeData(m_device, header, header.size());
+    primitives::writeData(m_device, fields, fields.size());
     primitives::writeSchemaTerminator(m_device);
-    if (format::hasDbc(descriptor))
-        primitives::writeData(m_device, QByteArray(layout::backLinkSize, '\0'),
-                              layout::backLinkSize);
+    if (!backLink.isEmpty())
+        primitives::writeData(m_device, backLink, backLink.size());
 }
 
 void NewTableDevice::finish()

@@ -97,9 +97,9 @@ public:
     NewTableDevice(const NewTableDevice&) = delete;
     NewTableDevice& operator=(const NewTableDevice&) = delete;
 
-    /// Writes everything that stands before the records: header, field descriptors, terminator and,
-    /// where the version has one, an empty back-link area. Throws WriteError.
-    void start(const DbfTableDescriptor& descriptor, const DbfSchema& schema);
+    /// Writes everything that stands before the records: the header's bytes, the field descriptors,
+    /// the terminator and \a backLink. Throws WriteError.
+    void start(const QByteArray& header, const QByteArray& fields, const QByteArray& backLink);
 
     /// Writes the end marker, hands everything on, and closes the device. Throws WriteError.
     void finish();
