@@ -35,6 +35,7 @@
 #include <dbf/model/dbfschema.h>
 #include <dbf/table/dbfrecordcursor.h>
 #include <dbf/table/dbftable.h>
+#include <dbf/transform/dbfcopyoptions.h>
 #include <dbf/transform/dbffieldtransform.h>
 #include <dbf/transform/dbfschematransform.h>
 

@@ -1,9 +1,12 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "bytes.h"
 #include "recordingdevice.h"
 #include "testtables.h"
 
+#include <QtCore/QSaveFile>
+#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <stdexcept>
@@ -183,6 +186,84 @@ private slots:
         QVERIFY_EXCEPTION_THROWN(copy(identity), std::runtime_error);
         QVERIFY(target.isOpen() && !source.table.hasError());
     }
+
+    void deletedRecordsAreLeftOut()
+    {
+        OpenTable source(sample().bytes());
+        Table expected = sample();
+        expected.records.remove(1);
+        for (const int stopAt : {0, 1, 2}) {
+            QVector<QPair<int, int>> calls;
+            DbfCopyOptions options;
+            options.skipDeleted = true;
+            options.progress = [&](int done, int total) {
+                calls.append({done, total});
+                return calls.size() != stopAt;
+            };
+            Device target;
+            QCOMPARE(source.table.copyAndTransform(&target, identityOf(source.table), options),
+                     stopAt == 0);
+            QCOMPARE(calls, (QVector<QPair<int, int>>{{0, 3}, {3, 3}}).mid(0, stopAt ? stopAt : 2));
+            QCOMPARE(target.log().isEmpty(), stopAt == 1); // the counting pass opens no target
+            if (stopAt == 0)
+                QCOMPARE(target.content, expected.bytes());
+        }
+    }
+
+    void copyFailsWhenOtherRecordsAreDeletedThanWereCounted()
+    {
+        OpenTable source(sample().bytes());
+        DbfCopyOptions options;
+        options.skipDeleted = true;
+        options.progress = [&](int, int) { return source.table.setRecordDeleted(0, true); };
+        QSaveFile target(m_folder.filePath("copy.dbf"));
+        QVERIFY(!source.table.copyAndTransform(&target, identityOf(source.table), options));
+        QVERIFY(!source.table.hasError() && !target.commit());
+    }
+
+    void metadataIsKept_data()
+    {
+        QTest::addColumn<int>("place"); // of the second field, as the source says
+        QTest::addColumn<QByteArray>("places");
+        QTest::newRow("right places") << 6 << hex("01 00 00 00 05 00 00 00 06 00 00 00");
+        QTest::newRow("wrong places") << 7 << hex("00 00 00 00 00 00 00 00 00 00 00 00");
+    }
+
+    // SURE and AMOUNT stay what they are and change places; NAME gets longer.
+    void metadataIsKept()
+    {
+        QFETCH(int, place);
+        QFETCH(QByteArray, places);
+        Table table = sample();
+        table.version = 0x30;
+        table.backLink = QByteArray("goods.dbc").leftJustified(263, '\0');
+        const int starts[] = {1, place, 7};
+        for (int i = 0; i < 3; ++i) {
+            table.fields[i][12] = char(starts[i]);
+            table.fields[i].replace(18, 14, QByteArray(14, char('a' + i)));
+        }
+        QByteArray bytes = table.bytes();
+        bytes.replace(1, 3, hex("7B0A1F")).replace(28, 1, hex("03"));
+        OpenTable source(bytes);
+        DbfSchemaTransform transform = identityOf(source.table);
+        transform.updateColumn(0, DbfFieldDescriptor::stringField("NAME", 7));
+        transform.moveColumn(2, 0);
+        transform.moveColumn(2, 1);
+        DbfCopyOptions options;
+        options.keepMetadata = true;
+        options.codePage = DbfCodePage::IBM866;
+        Device target;
+        QVERIFY(source.table.copyAndTransform(&target, transform, options));
+        const QByteArray& copy = target.content;
+        QCOMPARE(copy.mid(1, 3) + copy.mid(28, 2), hex("7B0A1F 03 66"));
+        QCOMPARE(copy.mid(44, 4) + copy.mid(76, 4) + copy.mid(108, 4), places);
+        QCOMPARE(copy.mid(50, 14) + copy.mid(82, 14) + copy.mid(114, 14),
+                 QByteArray(14, 'c') + QByteArray(14, 'b') + QByteArray(14, '\0'));
+        QCOMPARE(copy.mid(129, 263), table.backLink);
+    }
+
+private:
+    QTemporaryDir m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestTableCopy)

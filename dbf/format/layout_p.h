@@ -21,10 +21,13 @@ namespace dbf::layout
 // Header.
 constexpr int headerSize = 32;
 constexpr int versionOffset = 0;
+constexpr int updateDateOffset = 1;
+constexpr int updateDateSize = 3;
 constexpr int recordCountOffset = 4;
 constexpr int recordCountSize = 4;
 constexpr int headerLengthOffset = 8;
 constexpr int recordLengthOffset = 10;
+constexpr int tableFlagsOffset = 28;
 constexpr int codePageOffset = 29;
 
 constexpr quint8 firstPlainVersion = 0x02;
@@ -38,8 +41,11 @@ constexpr int fieldDescriptorSize = 32;
 constexpr int fieldNameSize = 11;
 constexpr int writtenFieldNameSize = 10;
 constexpr int fieldTypeOffset = 11;
+constexpr int fieldPlaceOffset = 12; // of the field in the record, where a program stores that
 constexpr int fieldLengthOffset = 16;
 constexpr int fieldDecimalsOffset = 17;
+constexpr int fieldMetadataOffset = 18; // flags, autoincrement
+constexpr int fieldMetadataSize = fieldDescriptorSize - fieldMetadataOffset;
 
 constexpr int maxFieldLength = 255;
 

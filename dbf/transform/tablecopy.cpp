@@ -3,9 +3,11 @@
 
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
+#include <dbf/format/metadata_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>
+#include <dbf/transform/dbfcopyoptions.h>
 #include <dbf/transform/recordtransformer_p.h>
 
 #include <algorithm>
@@ -24,77 +26,138 @@ constexpr int maxBatchSize = 8388608; // bytes
 class DbfTable::Private::Copy
 {
 public:
-    using Progress = std::function<bool(int done, int total)>;
-
-    Copy(DbfTable& table, const DbfSchemaTransform& transform, QIODevice* target)
+    Copy(DbfTable& table, const DbfSchemaTransform& transform, const DbfCopyOptions& options)
         : m_table(table)
         , m_opening(of(table).openings)
         , m_source(table.descriptor())
-        , m_transformer(table.schema(), transform)
-        , m_target(target)
+        , m_sourceSchema(table.schema())
+        , m_transform(transform)
+        , m_options(options)
+        , m_transformer(m_sourceSchema, m_transform)
+        , m_count(static_cast<int>(m_source.recordCount))
+        , m_kept(m_source.recordCount)
     {
     }
 
-    /// Writes the whole copy. Returns false when \a progress stops it.
-    bool run(const DbfSchema& targetSchema, const Progress& progress);
+    /// Counts the records to keep, where not all are. Returns false when progress stops it.
+    bool count();
+
+    /// Writes the whole copy onto \a target. Returns false when progress stops it.
+    bool run(QIODevice* target);
 
 private:
     void requireSameTable() const;
-    void copyBatch(int first, int count);
+    void writeStart(NewTableDevice& device);
+    QByteArray readBatch(int first, int count) const;
+    void copyBatch(const QByteArray& images, QIODevice* target);
+    bool isKept(const char* image) const
+    {
+        return !m_options.skipDeleted || *image != layout::deletedFlag;
+    }
+    bool goesOn(int done) const { return !m_options.progress || m_options.progress(done, m_count); }
 
     DbfTable& m_table;
-    quint64 m_opening;
-    DbfTableDescriptor m_source;
+    const quint64 m_opening;
+    const DbfTableDescriptor m_source;
+    const DbfSchema m_sourceSchema;
+    const DbfSchemaTransform m_transform;
+    const DbfCopyOptions m_options;
     RecordTransformer m_transformer;
-    QIODevice* m_target;
+    const int m_count;
+    quint32 m_kept; // records of the copy
+    quint32 m_written = 0;
     QByteArray m_image;
     int m_targetRecordLength = 0;
 };
 
-bool DbfTable::Private::Copy::run(const DbfSchema& targetSchema, const Progress& progress)
+bool DbfTable::Private::Copy::count()
 {
-    NewTableDevice device(m_target);
-    const DbfTableDescriptor header = DbfTable::transformDescriptor(m_source, targetSchema);
-    device.start(header, targetSchema);
-    m_targetRecordLength = header.recordLength;
-    m_image = emptyWithRoom(m_targetRecordLength);
-
+    if (!m_options.skipDeleted)
+        return true;
+    m_kept = 0;
     const int batchSize = maxBatchSize / m_source.recordLength;
-    const auto count = static_cast<int>(m_source.recordCount);
-    for (int start = 0; start < count;) {
-        const int batch = std::min(batchSize, count - start);
-        copyBatch(start, batch);
-        start += batch;
-        if (progress && !progress(start, count))
+    for (int start = 0; start < m_count; start += batchSize) {
+        const QByteArray images = readBatch(start, std::min(batchSize, m_count - start));
+        const char* const end = images.constData() + images.size();
+        for (const char* image = images.constData(); image < end; image += m_source.recordLength)
+            m_kept += isKept(image) ? 1 : 0;
+        if (!goesOn(0))
             return false;
     }
-    if (count == 0 && progress && !progress(0, 0))
+    return true;
+}
+
+bool DbfTable::Private::Copy::run(QIODevice* target)
+{
+    NewTableDevice device(target);
+    writeStart(device);
+    const int batchSize = maxBatchSize / m_source.recordLength;
+    for (int start = 0; start < m_count;) {
+        const int batch = std::min(batchSize, m_count - start);
+        copyBatch(readBatch(start, batch), target);
+        start += batch;
+        if (!goesOn(start))
+            return false;
+    }
+    if (m_count == 0 && !goesOn(0))
         return false;
     requireSameTable();
+    if (m_written != m_kept)
+        throw WriteError;
     device.finish();
     return true;
+}
+
+void DbfTable::Private::Copy::writeStart(NewTableDevice& device)
+{
+    const DbfSchema& schema = m_transform.schema;
+    DbfTableDescriptor descriptor = transformDescriptor(m_source, schema);
+    descriptor.recordCount = m_kept;
+    descriptor.codePage = m_options.codePage.value_or(m_source.codePage);
+    m_targetRecordLength = descriptor.recordLength;
+    m_image = emptyWithRoom(m_targetRecordLength);
+
+    QByteArray header = serializeTableDescriptor(descriptor);
+    QByteArray fields = serializeSchema(schema);
+    QByteArray backLink(hasDbc(descriptor) ? layout::backLinkSize : 0, '\0');
+    if (m_options.keepMetadata) {
+        if (!seekTo(m_table.device(), 0))
+            throw ReadError;
+        const QByteArray start = readData(m_table.device(), m_source.headerLength);
+        format::keepHeaderMetadata(start, header);
+        format::keepFieldMetadata(start, m_sourceSchema, schema, m_transform.sourceIndexes, fields);
+        if (!backLink.isEmpty())
+            backLink = format::backLinkArea(start);
+    }
+    device.start(header, fields, backLink);
 }
 
 // What a converter or progress opened meanwhile may be another table, even of the same layout.
 void DbfTable::Private::Copy::requireSameTable() const
 {
     if (of(m_table).openings != m_opening)
-        throw DbfTable::ReadError;
+        throw ReadError;
 }
 
-void DbfTable::Private::Copy::copyBatch(int first, int count)
+QByteArray DbfTable::Private::Copy::readBatch(int first, int count) const
 {
     requireSameTable();
+    return readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
+}
+
+void DbfTable::Private::Copy::copyBatch(const QByteArray& images, QIODevice* target)
+{
     const int recordLength = m_source.recordLength;
-    const QByteArray images =
-        DbfTable::readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
-    const char* record = images.constData();
-    for (int i = 0; i < count; ++i, record += recordLength) {
+    const char* const end = images.constData() + images.size();
+    for (const char* record = images.constData(); record < end; record += recordLength) {
+        if (!isKept(record))
+            continue;
         m_image.resize(0);
         m_transformer.append({record, static_cast<size_t>(recordLength)}, m_image);
-        DbfTable::writeData(m_target, m_image, m_targetRecordLength);
+        writeData(target, m_image, m_targetRecordLength);
+        ++m_written;
     }
-    drainWrites(m_target);
+    drainWrites(target);
 }
 
 bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
@@ -107,19 +170,26 @@ bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
 
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
 {
-    return copyAndTransform(device, transform, nullptr);
+    return copyAndTransform(device, transform, DbfCopyOptions());
 }
 
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
                                 const std::function<bool(int done, int total)>& progress)
 {
+    DbfCopyOptions options;
+    if (progress)
+        options.progress = std::cref(progress);
+    return copyAndTransform(device, transform, options);
+}
+
+bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
+                                const DbfCopyOptions& options)
+{
     if (!Private::canCopy(*this, device))
         return false;
-    Private::Copy copy(*this, transform, device);
-    if (!device->open(QIODevice::WriteOnly))
-        return false;
+    Private::Copy copy(*this, transform, options);
     try {
-        return copy.run(transform.schema, progress);
+        return copy.count() && device->open(QIODevice::WriteOnly) && copy.run(device);
     } catch (DbfTableError) {
         return false;
     }
