@@ -19,6 +19,12 @@
 #include <dbf/converters/dbffieldconverter.h>
 #include <dbf/converters/dbfintconverter.h>
 #include <dbf/converters/dbflargeintconverter.h>
+#include <dbf/converters/dbfnullableboolconverter.h>
+#include <dbf/converters/dbfnullablecurrencyconverter.h>
+#include <dbf/converters/dbfnullabledateconverter.h>
+#include <dbf/converters/dbfnullabledatetimeconverter.h>
+#include <dbf/converters/dbfnullablenumberconverter.h>
+#include <dbf/converters/dbfnullablestringconverter.h>
 #include <dbf/converters/dbfsmallintconverter.h>
 #include <dbf/converters/dbfstringconverter.h>
 #include <dbf/dbfversion.h>
@@ -26,6 +32,7 @@
 #include <dbf/decimal/qdeccontext.h>
 #include <dbf/decimal/qdecnumber.h>
 #include <dbf/format/dbfcodepage.h>
+#include <dbf/format/dbfnullablecolumn.h>
 #include <dbf/format/dbftabledescriptor.h>
 #include <dbf/model/dbfcolumn.h>
 #include <dbf/model/dbffielddescriptor.h>

@@ -97,8 +97,9 @@ private slots:
             (transform.*edit)(arguments...);
             return shown(transform);
         };
-        const auto insert = &DbfSchemaTransform::insertNewColumn;
-        const auto update = &DbfSchemaTransform::updateColumn;
+        using Edit = void (DbfSchemaTransform::*)(int, const DbfFieldDescriptor&);
+        const Edit insert = &DbfSchemaTransform::insertNewColumn;
+        const Edit update = &DbfSchemaTransform::updateColumn;
         const auto remove = &DbfSchemaTransform::deleteColumn;
         const auto move = &DbfSchemaTransform::moveColumn;
         const QString unchanged = "A0 B1 C2";

@@ -19,8 +19,8 @@ struct DbfSchema;
 /// Turns a field's bytes into a value and back.
 ///
 /// Every column points at one converter: the default one of its type, or one that the caller
-/// installs (DbfColumn::setConverter, DbfTable::setFieldConverter), taken from the ten that come
-/// with the library or derived from this class. The library's own converters hold no state, never
+/// installs (DbfColumn::setConverter, DbfTable::setFieldConverter), taken from those that
+/// come with the library or derived from this class. The library's own converters hold no state, never
 /// throw, and serve any number of tables and threads at once. A caller's converter stays the
 /// caller's to keep alive and to free; the library never deletes one. The schema and field that it
 /// is handed are sometimes copies and sometimes the caller's own objects: their addresses mean
@@ -45,7 +45,7 @@ public:
     /// Brings \a value in place to the type that the converter works with. Returns whether it now
     /// holds that type; after a failure it is in the state in which QVariant::convert leaves it.
     /// The library's own converters do what QVariant::convert does, except for a QDecNumber where
-    /// their class says so, which always becomes a value.
+    /// their class says so, which always becomes a value, and except for the nullable ones.
     virtual bool convertVariant(QVariant& value) const = 0;
 
     /// Returns the image of a field of \a length bytes that holds the type's default value; spaces

@@ -5,6 +5,7 @@
 #define DBF_CONVERTERS_FIELDKIND_P_H
 
 #include <dbf/converters/fieldrules_p.h>
+#include <dbf/converters/nullablerules_p.h>
 #include <dbf/model/dbfcolumn.h>
 
 namespace dbf
@@ -22,6 +23,12 @@ enum class FieldKind : quint8 {
     LargeInt,
     BinaryDouble,
     BinaryFloat,
+    NullableText,
+    NullableNumber,
+    NullableLogical,
+    NullableDate,
+    NullableDateTime,
+    NullableCurrency,
     Bytes,   ///< The raw-bytes converter, whose bytes are as many as the value has.
     Foreign, ///< Any other object, be its class derived from one of the library's: ask the object.
 };
@@ -49,11 +56,30 @@ decltype(auto) visitRule(FieldKind kind, Visitor visitor, Other other)
         return visitor(BinaryDoubleRule());
     case FieldKind::BinaryFloat:
         return visitor(BinaryFloatRule());
+    case FieldKind::NullableText:
+        return visitor(NullableTextRule());
+    case FieldKind::NullableNumber:
+        return visitor(NullableNumberRule());
+    case FieldKind::NullableLogical:
+        return visitor(NullableLogicalRule());
+    case FieldKind::NullableDate:
+        return visitor(NullableDateRule());
+    case FieldKind::NullableDateTime:
+        return visitor(NullableDateTimeRule());
+    case FieldKind::NullableCurrency:
+        return visitor(NullableCurrencyRule());
     case FieldKind::Bytes:
     case FieldKind::Foreign:
         break;
     }
     return other();
+}
+
+/// Returns whether fields of \a kind go through a codec.
+inline bool isTextKind(FieldKind kind)
+{
+    return visitRule(
+        kind, [](auto rule) { return decltype(rule)::isText; }, [] { return false; });
 }
 
 /// Returns the converter of \a column: the raw-bytes converter where it has none.

@@ -5,6 +5,7 @@
 #define DBF_CONVERTERS_RULEDCONVERTER_P_H
 
 #include <dbf/converters/fieldrules_p.h>
+#include <dbf/converters/nullablerules_p.h>
 #include <dbf/model/dbffielddescriptor.h>
 #include <dbf/model/dbfschema.h>
 

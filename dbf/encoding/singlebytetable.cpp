@@ -86,6 +86,18 @@ Padding paddingOf(const char* begin, const char* end)
 
 } // namespace
 
+std::string_view withoutPadding(std::string_view bytes)
+{
+    if (static_cast<std::ptrdiff_t>(bytes.size()) >= wordSize) {
+        const char* const begin = bytes.data();
+        const Padding padding = paddingOf(begin, begin + bytes.size());
+        if (!padding.hasNul)
+            return {begin, static_cast<size_t>(padding.end - begin)};
+    }
+    const std::string_view content = untilZero(bytes);
+    return content.substr(0, content.find_last_not_of(' ') + 1);
+}
+
 const SingleByteTable* SingleByteTable::of(QTextCodec* codec)
 {
     if (const CachedTable* const entry = findCached(codec))

@@ -113,6 +113,74 @@ void TextCodec::writeField(QStringView text, char* field, int width) const
     std::memset(field + written, 0, static_cast<size_t>(width - written));
 }
 
+QString TextCodec::decodePadded(std::string_view bytes) const
+{
+    const std::string_view content = withoutPadding(bytes);
+    if (content.empty())
+        return QStringLiteral("");
+    if (m_table && content.size() <= TextScratch::size) {
+        char16_t units[TextScratch::size];
+        m_table->decode(content, units);
+        return QStringView(units, static_cast<qsizetype>(content.size())).toString();
+    }
+    const auto size = static_cast<int>(content.size());
+    QString text = m_codec ? m_codec->toUnicode(content.data(), size, nullptr)
+                           : QString::fromLatin1(content.data(), size);
+    int end = text.size();
+    while (end > 0 && text.at(end - 1) == QLatin1Char(' ')) // of sets whose space is no 0x20
+        --end;
+    text.truncate(end);
+    return text.isNull() ? QStringLiteral("") : text;
+}
+
+void TextCodec::writePadded(QStringView text, char* field, int width) const
+{
+    qsizetype written = std::min<qsizetype>(text.size(), width);
+    if (!m_table || !m_table->encode(text.left(written), field)) {
+        const QByteArray bytes = encodeWithin(text, width);
+        written = bytes.size();
+        std::memcpy(field, bytes.constData(), static_cast<size_t>(written));
+    }
+    std::memset(field + written, ' ', static_cast<size_t>(width - written));
+}
+
+// Qt's own stateful codec does not come back to its first state, in which spaces are spaces.
+QByteArray TextCodec::encodeBeforePadding(QStringView text) const
+{
+    constexpr char escape = '\x1B';
+    const QByteArray bytes = encodeByCodec(text);
+    if (!bytes.contains(escape))
+        return bytes;
+    const QByteArray withSpace = encodeByCodec(QString(text.toString() + QLatin1Char(' ')));
+    return withSpace.endsWith(' ') ? withSpace.chopped(1) : bytes;
+}
+
+// Prefixes are encoded whole: a codec may make one character of several units or several bytes of
+// one, and has states.
+QByteArray TextCodec::encodeWithin(QStringView text, int room) const
+{
+    constexpr qsizetype mostUnitsPerByte = 4;
+    const auto encodePrefix = [this, text](qsizetype size) {
+        const bool isSplit = size > 0 && size < text.size() && text[size].isLowSurrogate() &&
+                             text[size - 1].isHighSurrogate();
+        return encodeBeforePadding(text.left(isSplit ? size - 1 : size));
+    };
+    qsizetype tooLong = std::min<qsizetype>(text.size(), mostUnitsPerByte * room);
+    QByteArray longest = encodePrefix(tooLong);
+    if (longest.size() <= room)
+        return longest;
+    longest.clear();
+    for (qsizetype fitting = 0; tooLong - fitting > 1;) {
+        const qsizetype size = fitting + (tooLong - fitting) / 2;
+        const QByteArray bytes = encodePrefix(size);
+        const bool fits = bytes.size() <= room;
+        (fits ? fitting : tooLong) = size;
+        if (fits)
+            longest = bytes;
+    }
+    return longest;
+}
+
 bool TextCodec::isAsciiTransparent() const
 {
     return m_table && m_table->isAsciiTransparent();

@@ -17,6 +17,9 @@ class QTextCodec;
 namespace dbf
 {
 
+/// Returns what stands in \a bytes before the first 0x00, without the spaces at its end.
+std::string_view withoutPadding(std::string_view bytes);
+
 /// The two directions of a single-byte character set as tables, read off the codec itself.
 class SingleByteTable
 {
@@ -88,6 +91,14 @@ public:
     /// with 0x00.
     void writeField(QStringView text, char* field, int width) const;
 
+    /// Returns the text of a field that is padded with spaces: what stands before the first 0x00
+    /// byte, without the spaces at its end. Never null.
+    QString decodePadded(std::string_view bytes) const;
+
+    /// Writes a field of \a width bytes that holds \a text as it is, cut between two characters
+    /// and filled up with spaces.
+    void writePadded(QStringView text, char* field, int width) const;
+
     /// Returns whether each byte of plain ASCII stands for itself, so that digits may be read
     /// without decoding.
     bool isAsciiTransparent() const;
@@ -99,6 +110,8 @@ private:
     QStringView decodeIntoString(std::string_view bytes, TextScratch& scratch) const;
     QStringView decodeByTable(std::string_view bytes, char16_t* units) const;
     QByteArray encodeByCodec(QStringView text) const;
+    QByteArray encodeBeforePadding(QStringView text) const;
+    QByteArray encodeWithin(QStringView text, int room) const;
 
     QTextCodec* m_codec;
     const SingleByteTable* m_table;

@@ -81,7 +81,7 @@ public:
     bool callsOut(int column) const
     {
         return kind(column) == FieldKind::Foreign ||
-               (kind(column) == FieldKind::Text && !m_textCodec.isTabulated());
+               (isTextKind(kind(column)) && !m_textCodec.isTabulated());
     }
 
 private:

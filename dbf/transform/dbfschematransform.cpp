@@ -37,16 +37,37 @@ DbfSchemaTransform DbfSchemaTransform::identity(DbfSchema sourceSchema)
 
 void DbfSchemaTransform::insertNewColumn(int position, const DbfFieldDescriptor& descriptor)
 {
+    insertNewColumn(position, DbfColumn(descriptor));
+}
+
+void DbfSchemaTransform::insertNewColumn(int position, const DbfColumn& column)
+{
     if (position < 0 || position > schema.columns.size())
         return;
-    schema.columns.insert(position, DbfColumn(descriptor));
+    schema.columns.insert(position, column);
     sourceIndexes.insert(std::min(position, sourceIndexes.size()), noSource);
 }
 
 void DbfSchemaTransform::updateColumn(int index, const DbfFieldDescriptor& descriptor)
 {
+    updateColumn(index, DbfColumn(descriptor));
+}
+
+void DbfSchemaTransform::updateColumn(int index, const DbfColumn& column)
+{
     if (isIndex(index, schema.columns.size()))
-        schema.columns[index] = DbfColumn(descriptor);
+        schema.columns[index] = column;
+}
+
+void DbfSchemaTransform::resizeColumn(int index, int length, int decimals)
+{
+    constexpr int byteValues = 256; // the descriptor keeps each of the two in one
+    if (!isIndex(index, schema.columns.size()) || !isIndex(length, byteValues) ||
+        !isIndex(decimals, byteValues))
+        return;
+    DbfFieldDescriptor& descriptor = schema.columns[index].descriptor;
+    descriptor.length = static_cast<unsigned char>(length);
+    descriptor.decimals = static_cast<unsigned char>(decimals);
 }
 
 void DbfSchemaTransform::deleteColumn(int index)

@@ -33,10 +33,21 @@ struct DBFTABLE_EXPORT DbfSchemaTransform {
     /// column count, which appends). It gets the default converter of its type.
     void insertNewColumn(int position, const DbfFieldDescriptor& descriptor);
 
+    /// Does the same with \a column, which brings its converter along (nullableColumn).
+    void insertNewColumn(int position, const DbfColumn& column);
+
     /// Gives column \a index (0 to the column count minus 1) another definition: renames, widens,
     /// narrows it or changes its type. It keeps its source and gets the default converter of its
     /// new type.
     void updateColumn(int index, const DbfFieldDescriptor& descriptor);
+
+    /// Does the same with \a column, which brings its converter along (nullableColumn).
+    void updateColumn(int index, const DbfColumn& column);
+
+    /// Gives column \a index (0 to the column count minus 1) another \a length and number of
+    /// \a decimals, both 0 to 255. Name, type, source and converter stay, so values are written
+    /// anew: numbers of the nullable set are aligned, and their blanks stay blank.
+    void resizeColumn(int index, int length, int decimals);
 
     /// Removes column \a index (0 to the column count minus 1) from the target.
     void deleteColumn(int index);
