@@ -40,6 +40,7 @@
 #include <dbf/model/dbfrecord.h>
 #include <dbf/model/dbfrecordsizeoverflow.h>
 #include <dbf/model/dbfschema.h>
+#include <dbf/model/dbfvalueproblem.h>
 #include <dbf/table/dbfrecordcursor.h>
 #include <dbf/table/dbftable.h>
 #include <dbf/transform/dbfcopyoptions.h>

@@ -269,6 +269,34 @@ private slots:
         }
     }
 
+    // Blocks are out when the device, which a converter has moved, does not go back.
+    void bulkAppendThatCannotGoOnIsTakenBack()
+    {
+        OpenTable open(tableOf({image("old")}).bytes());
+        Meddler meddler;
+        open.table.setFieldConverter(0, &meddler);
+        int calls = 0;
+        meddler.deed = [&] {
+            if (++calls == 10000) {
+                open.device.seek(0);
+                open.device.setFault({RecordingDevice::Seek, 1});
+            }
+        };
+        QVERIFY(!open.table.appendRecords(QVector<DbfRecord>(20000, DbfRecord(-1, {"new"}))));
+        QCOMPARE(open.table.lastError(), DbfTable::ReadError);
+        QVERIFY(open.device.content.startsWith(tableOf({image("old")}).bytes()));
+    }
+
+    void modeThatIsSwitchedMeanwhileIsRefused()
+    {
+        MeddledTable t(m_folder.filePath("a.dbf"), 3);
+        t.meddler.deed = [&] { t.file.setTextModeEnabled(true); };
+        QVERIFY(!t.update(1, "a\nb"));
+        QCOMPARE(t.table.lastError(), DbfTable::WriteError);
+        t.file.setTextModeEnabled(false);
+        QVERIFY(t.holdsItsRecords());
+    }
+
     void sizeCheckSurvivesAnOpening()
     {
         MeddledTable t(m_folder.filePath("a.dbf"), 1);

@@ -171,6 +171,11 @@ private slots:
         }
         QVERIFY(t.table.appendRecords({{-1, {"new"}}, {-1, {"new"}}}));
         QVERIFY(t.table.updateRecord(DbfRecord(111, {"newer"})));
+
+        QVERIFY(QFile::resize(path(), recordsStart)); // seen by the first write after an opening
+        QVERIFY(t.table.reopen());
+        QVERIFY(!t.table.updateRecord(DbfRecord(111, {"newest"})));
+        QCOMPARE(t.table.lastError(), DbfTable::ReadError);
     }
 
     void textModeGivesNoRecords()
@@ -182,6 +187,16 @@ private slots:
         QCOMPARE(t.table.lastError(), DbfTable::ReadError);
         DbfRecordCursor cursor(t.table);
         QVERIFY(!cursor.next() && cursor.hasError());
+    }
+
+    void deviceThatIsOpenForWritingAloneGivesNoRecords()
+    {
+        FileTable t(path());
+        t.file.close();
+        QVERIFY(t.file.open(QIODevice::Append));
+        DbfRecordCursor cursor(t.table);
+        QVERIFY(!cursor.next() && cursor.hasError());
+        QVERIFY(t.table.readRecord(0).isTransient());
     }
 
     void moreThanWasAskedForIsAFailedRead()

@@ -124,6 +124,7 @@ private slots:
         QCOMPARE(header(5, 2047, 1), QString("refused"));
         QCOMPARE(header(0x30, 3, 20), QString("30: 3000000000, 65, 392 + 61"));
         QCOMPARE(header(0x31, 2039, 1), QString("refused"));
+        QCOMPARE(DbfTable::headerLength(DbfSchema()), 33);
     }
 
     void fieldDescriptorsAreReadAndWritten_data()
@@ -198,8 +199,9 @@ private slots:
         QCOMPARE(DbfTable::codePageByCodec(koi8), DbfCodePage::NotSet);
         QCOMPARE(DbfTable::codePageByCodec(nullptr), DbfCodePage::NotSet);
         struct : QTextCodec { // whose name says more than its number
-            QByteArray name() const override { return "IBM 866"; }
-            int mibEnum() const override { return 2251; }
+            bool isWindows = false;
+            QByteArray name() const override { return isWindows ? "Windows-1251" : "IBM 866"; }
+            int mibEnum() const override { return isWindows ? 2086 : 2251; }
             QString convertToUnicode(const char*, int, ConverterState*) const override
             {
                 return {};
@@ -210,6 +212,8 @@ private slots:
             }
         } named;
         QCOMPARE(DbfTable::codePageByCodec(&named), DbfCodePage::IBM866);
+        named.isWindows = true;
+        QCOMPARE(DbfTable::codePageByCodec(&named), DbfCodePage::Windows1251);
     }
 
     void languageIdsHaveTheirCharacterSet()

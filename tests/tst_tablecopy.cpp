@@ -221,6 +221,17 @@ private slots:
         QVERIFY(!source.table.hasError() && !target.commit());
     }
 
+    void copyThatCannotReadTheMetadataFails()
+    {
+        OpenTable source(sample().bytes());
+        DbfCopyOptions options;
+        options.keepMetadata = true;
+        source.device.setFault({Device::Seek, 1});
+        Device target;
+        QVERIFY(!source.table.copyAndTransform(&target, identityOf(source.table), options));
+        QCOMPARE(target.content.size(), 0);
+    }
+
     void metadataIsKept_data()
     {
         QTest::addColumn<int>("place"); // of the second field, as the source says

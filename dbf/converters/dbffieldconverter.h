@@ -20,8 +20,8 @@ struct DbfSchema;
 ///
 /// Every column points at one converter: the default one of its type, or one that the caller
 /// installs (DbfColumn::setConverter, DbfTable::setFieldConverter), taken from those that
-/// come with the library or derived from this class. The library's own converters hold no state, never
-/// throw, and serve any number of tables and threads at once. A caller's converter stays the
+/// come with the library or derived from this class. The library's own converters hold no state,
+/// never throw, and serve any number of tables and threads at once. A caller's converter stays the
 /// caller's to keep alive and to free; the library never deletes one. The schema and field that it
 /// is handed are sometimes copies and sometimes the caller's own objects: their addresses mean
 /// nothing, and neither outlives the call.

@@ -15,14 +15,12 @@ DbfFieldConverter* converterOf(const DbfColumn& column)
 FieldKind fieldKind(const DbfColumn& column)
 {
     const DbfFieldConverter* const converter = converterOf(column);
-    if (converter == DbfByteArrayConverter::instance())
-        return FieldKind::Bytes;
-    for (quint8 index = 0; index < static_cast<quint8>(FieldKind::Bytes); ++index) {
+    for (quint8 index = 0; index < static_cast<quint8>(FieldKind::Foreign); ++index) {
         const auto kind = static_cast<FieldKind>(index);
         const bool isOfKind = visitRule(
             kind,
             [converter](auto rule) { return decltype(rule)::Converter::instance() == converter; },
-            [] { return false; });
+            [converter] { return DbfByteArrayConverter::instance() == converter; });
         if (isOfKind)
             return kind;
     }

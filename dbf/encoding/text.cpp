@@ -181,6 +181,15 @@ QByteArray TextCodec::encodeWithin(QStringView text, int room) const
     return longest;
 }
 
+bool TextCodec::writesExactly(QStringView text, int width) const
+{
+    std::array<char, TextScratch::size> bytes;
+    if (!m_table || text.size() > std::min<qsizetype>(width, bytes.size()) ||
+        !m_table->encode(text, bytes.data()))
+        return false;
+    return std::memchr(bytes.data(), 0, static_cast<size_t>(text.size())) == nullptr;
+}
+
 bool TextCodec::isAsciiTransparent() const
 {
     return m_table && m_table->isAsciiTransparent();

@@ -91,6 +91,10 @@ public:
     /// with 0x00.
     void writeField(QStringView text, char* field, int width) const;
 
+    /// Returns whether \a text, which does not begin or end with white space, is known to read back
+    /// from a field of \a width bytes as it is. The codec is not asked, so false says nothing.
+    bool writesExactly(QStringView text, int width) const;
+
     /// Returns the text of a field that is padded with spaces: what stands before the first 0x00
     /// byte, without the spaces at its end. Never null.
     QString decodePadded(std::string_view bytes) const;

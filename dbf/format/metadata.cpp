@@ -51,10 +51,9 @@ void keepFieldMetadata(const QByteArray& source, const DbfSchema& sourceSchema,
             qToLittleEndian(place, block.data() + descriptorAt(column) + layout::fieldPlaceOffset);
         place += field.length;
         const int from = sourceIndexes.value(column, -1);
-        if (from < 0 || from >= sourceSchema.columns.size())
-            continue;
-        const DbfFieldDescriptor& before = sourceSchema.columns.at(from).descriptor;
-        if (before.type != field.type || before.length != field.length)
+        const DbfFieldDescriptor before = sourceSchema.columns.value(from).descriptor;
+        const bool isFromSource = from >= 0 && from < sourceSchema.columns.size();
+        if (!isFromSource || before.type != field.type || before.length != field.length)
             continue;
         const int at = layout::headerSize + descriptorAt(from) + layout::fieldMetadataOffset;
         block.replace(descriptorAt(column) + layout::fieldMetadataOffset, layout::fieldMetadataSize,

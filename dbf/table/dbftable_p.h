@@ -46,11 +46,11 @@ public:
     template <typename Operation>
     static void usingLayout(DbfTable& table, Operation operation)
     {
-        std::unique_ptr<RecordLayout> layout = std::move(of(table).layout);
+        std::unique_ptr<RecordLayout> layout = std::move(of(table).keptLayout);
         if (!layout || !layout->isMadeFor(table.m_schema))
             layout = std::make_unique<RecordLayout>(table.m_schema);
         operation(*layout);
-        of(table).layout = std::move(layout);
+        of(table).keptLayout = std::move(layout);
     }
 
     /// Gives the columns of \a schema the converters that the caller chose.
@@ -83,7 +83,7 @@ public:
     static bool canCopy(const DbfTable& table, const QIODevice* target);
 
     ConverterChoice converterChoice;
-    std::unique_ptr<RecordLayout> layout;
+    std::unique_ptr<RecordLayout> keptLayout;
     quint64 openings = 0;      ///< Successful ones.
     quint64 changes = 0;       ///< How often a header was read or the table closed.
     quint64 appends = 0;       ///< How often records were written behind the last one.

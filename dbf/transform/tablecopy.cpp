@@ -92,15 +92,15 @@ bool DbfTable::Private::Copy::run(QIODevice* target)
     NewTableDevice device(target);
     writeStart(device);
     const int batchSize = maxBatchSize / m_source.recordLength;
-    for (int start = 0; start < m_count;) {
-        const int batch = std::min(batchSize, m_count - start);
-        copyBatch(readBatch(start, batch), target);
-        start += batch;
-        if (!goesOn(start))
+    int done = 0;
+    do { // A table without records is one batch of none.
+        const int batch = std::min(batchSize, m_count - done);
+        if (batch > 0)
+            copyBatch(readBatch(done, batch), target);
+        done += batch;
+        if (!goesOn(done))
             return false;
-    }
-    if (m_count == 0 && !goesOn(0))
-        return false;
+    } while (done < m_count);
     requireSameTable();
     if (m_written != m_kept)
         throw WriteError;

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include <dbf/converters/valuechecker_p.h>
+#include <dbf/model/dbfvalueproblem.h>
+
+namespace dbf
+{
+
+namespace
+{
+
+QString shown(const QVariant& value)
+{
+    constexpr int mostShown = 60;
+    if (!value.isValid() || value.isNull())
+        return QStringLiteral("no value");
+    const bool isText = value.userType() == QMetaType::QString;
+    QString text = value.userType() == qMetaTypeId<QDecNumber>()
+                       ? value.value<QDecNumber>().toString()
+                       : value.toString();
+    if (text.size() > mostShown)
+        text = text.left(mostShown) + QStringLiteral("…");
+    return isText ? QLatin1Char('"') + text + QLatin1Char('"') : text;
+}
+
+bool isNumberText(DbfFieldType type)
+{
+    return type == DbfFieldType::Numeric || type == DbfFieldType::Float;
+}
+
+QString room(const DbfFieldDescriptor& field)
+{
+    if (!isNumberText(field.type))
+        return QStringLiteral("is beyond what the field holds");
+    const QString places = QStringLiteral("does not fit %1 places").arg(field.length);
+    return field.decimals == 0 ? places
+                               : places + QStringLiteral(" with %1 decimals").arg(field.decimals);
+}
+
+QString kindOfValue(DbfFieldType type)
+{
+    switch (static_cast<char>(type)) {
+    case 'D':
+        return QStringLiteral("date");
+    case 'T':
+        return QStringLiteral("date and time");
+    case 'L':
+        return QStringLiteral("truth value");
+    default:
+        return QStringLiteral("number");
+    }
+}
+
+QString complaint(const DbfValueProblem& problem)
+{
+    switch (problem.reason) {
+    case DbfValueProblem::Reason::TooLong:
+        return QStringLiteral("is longer than %1 bytes").arg(problem.field.length);
+    case DbfValueProblem::Reason::TooLarge:
+        return room(problem.field);
+    case DbfValueProblem::Reason::NotInCodePage:
+        return QStringLiteral("has characters that the code page lacks");
+    case DbfValueProblem::Reason::NotOfType:
+        return QStringLiteral("is no ") + kindOfValue(problem.field.type);
+    case DbfValueProblem::Reason::Changed:
+        break;
+    }
+    return QStringLiteral("would read back as something else");
+}
+
+} // namespace
+
+QString DbfValueProblem::text() const
+{
+    return field.name + QStringLiteral(": ") + shown(value) + QLatin1Char(' ') + complaint(*this);
+}
+
+QVector<DbfValueProblem> checkValues(const DbfRecord& record, const DbfSchema& schema)
+{
+    return ValueChecker(schema).problemsOf(record, 0);
+}
+
+} // namespace dbf
