@@ -32,6 +32,16 @@ struct FieldContext {
     int decimals;
 };
 
+/// Returns a variant that holds \a text, without touching its reference count.
+inline QVariant textVariant(QString&& text)
+{
+    QVariant value{QString()};
+    // data() would look for others who share a value made on the line above.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
+    static_cast<QString*>(const_cast<void*>(value.constData()))->swap(text);
+    return value;
+}
+
 // How each kind of field is stored: one rule a kind, which its converter and the loops over whole
 // records both call, so that it is decided in one place what a table holds.
 //
@@ -48,12 +58,7 @@ struct TextRule {
     static int size(int length) { return length; }
     static QVariant read(std::string_view bytes, const FieldContext& field)
     {
-        QString text = field.codec->decode(bytes);
-        QVariant value{QString()};
-        // data() would look for others who share a value made on the line above.
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-        static_cast<QString*>(const_cast<void*>(value.constData()))->swap(text);
-        return value;
+        return textVariant(field.codec->decode(bytes));
     }
     static void write(const QVariant& value, const FieldContext& field, char* bytes)
     {

@@ -23,12 +23,6 @@ constexpr int isoDateSize = 10;
 constexpr int plainDateSize = 8;
 constexpr int millisecondsPerDay = 86400000;
 
-template <typename Type>
-const Type& held(const QVariant& value)
-{
-    return *static_cast<const Type*>(value.constData());
-}
-
 /// Returns whether \a value is no value of any type. Qt's versions disagree on which variants that
 /// hold a null object are null themselves.
 bool isNothing(const QVariant& value)
@@ -301,14 +295,6 @@ QString fittedNumber(const QString& text, int length)
 
 } // namespace
 
-bool isStorable(const QDate& date)
-{
-    constexpr qint64 firstDay = 1721426; // 1 January of year 1
-    constexpr qint64 lastDay = 5373484;  // 31 December of year 9999
-    const qint64 day = date.toJulianDay();
-    return day >= firstDay && day <= lastDay;
-}
-
 GivenNumber::GivenNumber(const QVariant& value)
 {
     if (isNothing(value)) {
@@ -380,10 +366,12 @@ GivenClock givenClock(const QVariant& value)
 
 GivenTruth givenTruth(const QVariant& value)
 {
+    if (value.userType() == QMetaType::Bool && held<bool>(value)) // A null one holds false.
+        return {Given::Value, true};
     if (isNothing(value))
         return {Given::Nothing, false};
     if (value.userType() == QMetaType::Bool)
-        return {Given::Value, held<bool>(value)};
+        return {Given::Value, false};
     if (const std::optional<QString> text = heldText(value)) {
         const QString lower = text->toLower();
         static constexpr std::array truths{"t", "y", "true", "yes", "1"};

@@ -23,6 +23,13 @@ enum class Given : quint8 {
     Other,   ///< Something that the type does not hold.
 };
 
+/// Returns what a variant of that very type holds.
+template <typename Type>
+const Type& held(const QVariant& value)
+{
+    return *static_cast<const Type*>(value.constData());
+}
+
 /// A number digit by digit: a number of any type, a bool, a decimal, or a text that is one.
 class GivenNumber
 {
@@ -83,8 +90,14 @@ struct GivenText {
 /// eight digits below ten places; bools are T and F.
 GivenText givenText(const QVariant& value, int length);
 
-/// Returns whether \a date is of the years that the fields hold.
-bool isStorable(const QDate& date);
+/// Returns whether \a date is of the years 1 to 9999, which the fields hold.
+inline bool isStorable(const QDate& date)
+{
+    constexpr qint64 firstDay = 1721426;
+    constexpr qint64 lastDay = 5373484;
+    const qint64 day = date.toJulianDay();
+    return day >= firstDay && day <= lastDay;
+}
 
 } // namespace dbf
 

@@ -33,16 +33,6 @@ bool keepIfGiven(QVariant& value, Given given)
     return given != Given::Other;
 }
 
-/// Returns a variant that holds \a text, without touching its reference count.
-QVariant textVariant(QString&& text)
-{
-    QVariant value{QString()};
-    // data() would look for others who share a value made on the line above.
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast)
-    static_cast<QString*>(const_cast<void*>(value.constData()))->swap(text);
-    return value;
-}
-
 /// Reads the plain integer of most columns without decimals: digits at the right end of the field,
 /// at most so many that they always fit, with spaces before them.
 std::optional<qint64> readPlainInteger(std::string_view bytes)
@@ -137,8 +127,7 @@ QVariant NullableTextRule::read(std::string_view bytes, const FieldContext& fiel
 void NullableTextRule::write(const QVariant& value, const FieldContext& field, char* bytes)
 {
     if (value.userType() == QMetaType::QString) {
-        const auto* const text = static_cast<const QString*>(value.constData());
-        field.codec->writePadded(*text, bytes, field.length);
+        field.codec->writePadded(held<QString>(value), bytes, field.length);
         return;
     }
     field.codec->writePadded(givenText(value, field.length).text, bytes, field.length);
@@ -160,19 +149,26 @@ QVariant NullableNumberRule::read(std::string_view bytes, const FieldContext& fi
     return readAnyNumber(bytes, field.decimals);
 }
 
+// A null variant holds zero: asking each one costs more than to write it.
 void NullableNumberRule::write(const QVariant& value, const FieldContext& field, char* bytes)
 {
-    if (!value.isNull()) {
-        const int type = value.userType();
-        if (type == QMetaType::LongLong)
-            return writeInteger(*static_cast<const qlonglong*>(value.constData()), field, bytes);
-        if (type == QMetaType::Int)
-            return writeInteger(*static_cast<const int*>(value.constData()), field, bytes);
-        if (type == QMetaType::Double) {
-            const double number = *static_cast<const double*>(value.constData());
-            if (std::isfinite(number))
-                return writeShortestField(number, field.decimals, bytes, field.length);
-        }
+    const void* const data = value.constData();
+    switch (value.userType()) {
+    case QMetaType::LongLong:
+        if (const auto number = *static_cast<const qlonglong*>(data); number != 0)
+            return writeInteger(number, field, bytes);
+        break;
+    case QMetaType::Int:
+        if (const auto number = *static_cast<const int*>(data); number != 0)
+            return writeInteger(number, field, bytes);
+        break;
+    case QMetaType::Double:
+        if (const auto number = *static_cast<const double*>(data);
+            number != 0 && std::isfinite(number))
+            return writeShortestField(number, field.decimals, bytes, field.length);
+        break;
+    default:
+        break;
     }
     writeNumber(GivenNumber(value), field, bytes);
 }
@@ -204,8 +200,8 @@ void NullableLogicalRule::write(const QVariant& value, const FieldContext& field
 {
     if (field.length == 0)
         return;
+    fillWithSpaces(bytes + 1, field.length - 1);
     const GivenTruth truth = givenTruth(value);
-    std::memset(bytes, ' ', static_cast<size_t>(field.length));
     *bytes = truth.given != Given::Value ? unknownLetter : truth.truth ? 'T' : 'F';
 }
 
@@ -230,9 +226,10 @@ QVariant NullableDateRule::read(std::string_view bytes, const FieldContext& /*fi
 
 void NullableDateRule::write(const QVariant& value, const FieldContext& field, char* bytes)
 {
-    const GivenClock clock = givenDate(value);
-    const bool hasDate = clock.given == Given::Value && field.length >= dateSize;
-    writeDateField(hasDate ? clock.date : QDate(), bytes, field.length);
+    const QDate date =
+        value.userType() == QMetaType::QDate ? held<QDate>(value) : givenDate(value).date;
+    const bool hasDate = isStorable(date) && field.length >= dateSize;
+    writeDateField(hasDate ? date : QDate(), bytes, field.length);
 }
 
 bool NullableDateRule::convert(QVariant& value)

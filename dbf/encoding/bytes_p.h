@@ -49,17 +49,35 @@ inline bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 
-inline constexpr std::array<qint64, 16> powersOfTen = [] {
+constexpr std::array<qint64, 16> makePowersOfTen()
+{
     std::array<qint64, 16> powers{1};
     for (size_t i = 1; i < powers.size(); ++i)
         powers[i] = powers[i - 1] * 10;
     return powers;
-}();
+}
+
+inline constexpr std::array<qint64, 16> powersOfTen = makePowersOfTen();
 
 // Fields are padded with runs of spaces, which are passed eight at a time.
 constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
 constexpr std::ptrdiff_t wordSize = 8;
 constexpr int bitsPerByte = 8;
+
+/// Fills a field. Its width is the same in every record, and stores of whole words that overlap
+/// are then cheaper than the call of a function.
+inline void fillWithSpaces(char* field, int width)
+{
+    if (width < wordSize) {
+        for (int i = 0; i < width; ++i)
+            field[i] = ' ';
+        return;
+    }
+    const std::ptrdiff_t last = width - wordSize;
+    for (std::ptrdiff_t start = 0; start < last; start += wordSize)
+        qToLittleEndian(eightSpaces, field + start);
+    qToLittleEndian(eightSpaces, field + last);
+}
 
 /// Returns where the spaces at \a begin end, up to seven of the last ones left standing.
 inline const char* withoutLeadingSpaces(const char* begin, const char* end)

@@ -112,40 +112,80 @@ bool writeWithDecimals(const DecimalText& number, int decimals, char* field, int
     return true;
 }
 
+constexpr size_t base = 100; // digits are made in pairs
+
+constexpr std::array<char, 2 * base> makeDigitPairs()
+{
+    std::array<char, 2 * base> pairs{};
+    for (size_t i = 0; i < base; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}
+
+constexpr std::array<char, 2 * base> digitPairs = makeDigitPairs();
+
+/// Takes the last two digits off \a number and writes them before \a position.
+char* writePair(quint64& number, char* position)
+{
+    position -= 2;
+    std::memcpy(position, digitPairs.data() + 2 * (number % base), 2);
+    number /= base;
+    return position;
+}
+
+char* writeDigit(quint64& number, char* position)
+{
+    *--position = static_cast<char>('0' + number % 10);
+    number /= 10;
+    return position;
+}
+
 /// Writes a number in units of its last decimal, as most values and fields are: without a look at
-/// its digits one by one. Returns false, with nothing written, when it takes all the field or more.
+/// its digits one by one. Returns false, the field in any state, when they have no room.
 bool writeUnits(quint64 units, bool negative, int decimals, char* field, int width)
 {
-    std::array<char, 40> text;
-    char* const end = text.data() + text.size();
-    char* position = end;
-    const auto writeDigit = [&] {
-        *--position = static_cast<char>('0' + units % 10);
-        units /= 10;
-    };
+    fillWithSpaces(field, width);
     const bool isNegative = negative && units != 0;
-    for (int i = 0; i < decimals; ++i)
-        writeDigit();
-    if (decimals > 0)
+    const char* const begin = field + (isNegative ? 1 : 0);
+    char* position = field + width;
+    if (decimals > 0) {
+        if (position - begin < decimals + 2)
+            return false;
+        for (int left = decimals; left > 1; left -= 2)
+            position = writePair(units, position);
+        if (decimals % 2 != 0)
+            position = writeDigit(units, position);
         *--position = '.';
-    do
-        writeDigit();
-    while (units != 0);
+    }
+    for (; units >= base; position = writePair(units, position)) {
+        if (position - begin < 3) // another digit comes
+            return false;
+    }
+    if (position - begin < (units >= 10 ? 2 : 1))
+        return false;
+    position = units >= 10 ? writePair(units, position) : writeDigit(units, position);
     if (isNegative)
         *--position = '-';
-    const auto size = static_cast<int>(end - position);
-    if (size > width)
-        return false;
-    std::memset(field, ' ', static_cast<size_t>(width - size));
-    std::memcpy(field + (width - size), position, static_cast<size_t>(size));
     return true;
+}
+
+/// Does the same with an integer.
+bool writeWholeUnits(quint64 magnitude, bool negative, int decimals, char* field, int width)
+{
+    if (decimals >= static_cast<int>(powersOfTen.size()))
+        return false;
+    const auto power = static_cast<quint64>(powersOfTen[static_cast<size_t>(decimals)]);
+    return magnitude <= std::numeric_limits<quint64>::max() / power &&
+           writeUnits(magnitude * power, negative, decimals, field, width);
 }
 
 /// Returns \a magnitude in units of its decimal number \a decimals where one multiplication tells.
 ///
-/// The product, its rounding and the way from the number to its shortest text are each off by at
-/// most a part in 2^53 of it; what is further from a tie than all that rounds alike. It saves the
-/// shortest text, 60 ns, for all but some tenths of a per cent of what tables hold.
+/// The product and the way from the number to its shortest text are each off by at most a part in
+/// 2^53 of it; what is further from a tie than both rounds alike. This saves the shortest text,
+/// 100 ns a number: records with two doubles are appended in 264 ns instead of 464.
 std::optional<quint64> unitsByProduct(double magnitude, int decimals)
 {
     constexpr double largest = 281474976710656.0;                        // 2^48
@@ -156,11 +196,11 @@ std::optional<quint64> unitsByProduct(double magnitude, int decimals)
         magnitude * static_cast<double>(powersOfTen[static_cast<size_t>(decimals)]);
     if (!(product < largest))
         return std::nullopt;
-    const auto units = static_cast<qint64>(product + 0.5);
-    const double distance = std::abs(product - static_cast<double>(units));
-    if (0.5 - distance <= product * doubt)
+    const auto whole = static_cast<qint64>(product);
+    const double fraction = product - static_cast<double>(whole); // which is exact
+    if (std::abs(fraction - 0.5) <= product * doubt)
         return std::nullopt;
-    return static_cast<quint64>(units);
+    return static_cast<quint64>(whole + (fraction > 0.5 ? 1 : 0));
 }
 
 } // namespace
@@ -231,12 +271,9 @@ void writeDecimalField(const DecimalText& number, int decimals, char* field, int
 
 void writeIntegerField(quint64 magnitude, bool negative, int decimals, char* field, int width)
 {
-    if (decimals < static_cast<int>(powersOfTen.size())) {
-        const auto power = static_cast<quint64>(powersOfTen[static_cast<size_t>(decimals)]);
-        if (magnitude <= std::numeric_limits<quint64>::max() / power &&
-            writeUnits(magnitude * power, negative, decimals, field, width))
-            return;
-    }
+    if (decimals == 0 ? writeUnits(magnitude, negative, 0, field, width)
+                      : writeWholeUnits(magnitude, negative, decimals, field, width))
+        return;
     std::array<char, 24> text;
     text[0] = negative ? '-' : '+';
     const char* const end =

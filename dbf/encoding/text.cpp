@@ -148,7 +148,7 @@ void TextCodec::writePadded(QStringView text, char* field, int width) const
 QByteArray TextCodec::encodeBeforePadding(QStringView text) const
 {
     constexpr char escape = '\x1B';
-    const QByteArray bytes = encodeByCodec(text);
+    QByteArray bytes = encodeByCodec(text);
     if (!bytes.contains(escape))
         return bytes;
     const QByteArray withSpace = encodeByCodec(QString(text.toString() + QLatin1Char(' ')));

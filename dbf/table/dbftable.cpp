@@ -119,6 +119,21 @@ void DbfTable::setConverterChoice(ConverterChoice choice)
     Private::of(*this).converterChoice = std::move(choice);
 }
 
+void DbfTable::setCheckingValues(bool checking)
+{
+    Private::of(*this).isCheckingValues = checking;
+}
+
+bool DbfTable::isCheckingValues() const
+{
+    return d && d->isCheckingValues;
+}
+
+QVector<DbfValueProblem> DbfTable::valueProblems() const
+{
+    return d ? d->valueProblems : QVector<DbfValueProblem>();
+}
+
 bool DbfTable::error(DbfTableError code)
 {
     m_lastError = code;

@@ -26,6 +26,7 @@ namespace dbf
 class DbfFieldConverter;
 struct DbfCopyOptions;
 struct DbfSchemaTransform;
+struct DbfValueProblem;
 
 /// A table on a device: opens it, reads, rewrites and appends its records, creates it anew, and
 /// copies it into another device with its columns changed.
@@ -149,6 +150,20 @@ public:
     /// throws passes through, the table being as after a failed open(). Moves and swaps take it
     /// along; a table that was moved from has none.
     void setConverterChoice(ConverterChoice choice);
+
+    /// Chooses whether updateRecord(), updateValues(), appendRecord() and appendRecords() look at
+    /// the values first (see checkValues()) and refuse a record with problems: false is returned,
+    /// nothing recorded, nothing written. updateValues() looks at the fields that it would write
+    /// alone. Off in a new table; moves and swaps take it along.
+    void setCheckingValues(bool checking);
+
+    /// Returns whether values are looked at before they are written.
+    bool isCheckingValues() const;
+
+    /// Returns the problems that the last of these writes, or the last copy with
+    /// DbfCopyOptions::checkValues, was refused for, those of the first 100 records that have any.
+    /// Empty when it was not refused for them; each of these operations empties it when it begins.
+    QVector<DbfValueProblem> valueProblems() const;
 
     /// Records \a code in place of any earlier one. Always returns false.
     bool error(DbfTableError code);

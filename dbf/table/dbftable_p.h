@@ -5,6 +5,7 @@
 #define DBF_TABLE_DBFTABLE_P_H
 
 #include <dbf/format/recordlayout_p.h>
+#include <dbf/model/dbfvalueproblem.h>
 #include <dbf/table/dbftable.h>
 
 #include <memory>
@@ -57,6 +58,15 @@ public:
     static void chooseConverters(DbfTable& table, const DbfTableDescriptor& header,
                                  DbfSchema& schema);
 
+    template <typename Operation>
+    static bool writingChecked(DbfTable& table, const QVector<DbfRecord>& records,
+                               Operation operation);
+
+    /// Forgets the problems of the last write and, when values are checked, collects those of
+    /// \a records. Returns whether there are any. Throws WriteError when a converter opened the
+    /// table anew or closed it meanwhile.
+    static bool hasProblems(DbfTable& table, const QVector<DbfRecord>& records);
+
     /// Positions the device on slot \a index, 0 to the record count. Throws ReadError when it
     /// cannot be reached, or begins behind the end of a file: a write would leave a hole there,
     /// which reads as records.
@@ -83,6 +93,8 @@ public:
     static bool canCopy(const DbfTable& table, const QIODevice* target);
 
     ConverterChoice converterChoice;
+    bool isCheckingValues = false;
+    QVector<DbfValueProblem> valueProblems;
     std::unique_ptr<RecordLayout> keptLayout;
     quint64 openings = 0;      ///< Successful ones.
     quint64 changes = 0;       ///< How often a header was read or the table closed.

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/converters/valuechecker_p.h>
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/tableheader_p.h>
@@ -62,12 +63,27 @@ private:
     qint64 m_position;
 };
 
+/// Runs \a operation, which writes \a records, unless they have problems; records the code that
+/// either throws. Returns whether they were written.
+template <typename Operation>
+bool DbfTable::Private::writingChecked(DbfTable& table, const QVector<DbfRecord>& records,
+                                       Operation operation)
+{
+    bool isRefused = false;
+    const bool written = recordingErrors(table, [&] {
+        isRefused = hasProblems(table, records);
+        if (!isRefused)
+            operation();
+    });
+    return written && !isRefused;
+}
+
 bool DbfTable::updateRecord(const DbfRecord& record)
 {
     const int index = record.index();
     if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
         return false;
-    return Private::recordingErrors(*this, [this, index, record] {
+    return Private::writingChecked(*this, {record}, [this, index, record] {
         requireExactWrites(device());
         Private::seekSlot(*this, index);
         Private::usingLayout(*this, [&](RecordLayout& layout) {
@@ -85,13 +101,17 @@ bool DbfTable::updateRecord(const DbfRecord& record)
 class DbfTable::Private::ChangedFields
 {
 public:
-    ChangedFields(RecordLayout& layout, const DbfRecord& record, const QByteArray& image)
-        : m_isDeleted(record.isDeleted())
+    /// Looks at the values that change with \a checker, unless it is null.
+    ChangedFields(RecordLayout& layout, const DbfRecord& record, const QByteArray& image,
+                  const ValueChecker* checker)
+        : m_isDeleted(record.isDeleted()), m_checker(checker)
     {
         const int count = std::min(layout.columnCount(), int(record.values.size()));
         for (int column = 0; column < count; ++column)
             compare(layout, viewOf(image), column, record.values.at(column));
     }
+
+    const QVector<DbfValueProblem>& problems() const { return m_problems; }
 
     /// Returns \a image with the changes made.
     QByteArray appliedTo(QByteArray image) const
@@ -125,6 +145,10 @@ private:
             if (bytes == oldBytes)
                 return;
         }
+        if (m_checker) {
+            if (const auto problem = m_checker->problemOf(value, column, 0))
+                return m_problems.append(*problem);
+        }
         if (static_cast<size_t>(bytes.size()) != before.size() ||
             bytes.size() != layout.column(column).descriptor.length)
             throw WriteError;
@@ -132,7 +156,9 @@ private:
     }
 
     QVector<Change> m_changes;
+    QVector<DbfValueProblem> m_problems;
     bool m_isDeleted;
+    const ValueChecker* m_checker;
 };
 
 bool DbfTable::updateValues(const DbfRecord& record)
@@ -140,14 +166,22 @@ bool DbfTable::updateValues(const DbfRecord& record)
     const int index = record.index();
     if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
         return false;
-    return Private::recordingErrors(*this, [this, index, record] {
+    Private::of(*this).valueProblems.clear();
+    const bool written = Private::recordingErrors(*this, [this, index, record] {
         requireExactWrites(device());
         QByteArray image = readRecordData(device(), index, m_descriptor);
         Private::usingLayout(*this, [&](RecordLayout& layout) {
             const Private::Standing standing(*this);
             const quint64 updates = Private::of(*this).updates;
-            const Private::ChangedFields changes(layout, record, image);
+            std::optional<ValueChecker> checker;
+            if (isCheckingValues())
+                checker.emplace(m_schema);
+            const Private::ChangedFields changes(layout, record, image,
+                                                 checker ? &*checker : nullptr);
             standing.requireSameTable();
+            Private::of(*this).valueProblems = changes.problems();
+            if (!changes.problems().isEmpty())
+                return;
             if (updates != Private::of(*this).updates)
                 image = readRecordData(device(), index, m_descriptor);
             const QByteArray changed = changes.appliedTo(image);
@@ -157,6 +191,7 @@ bool DbfTable::updateValues(const DbfRecord& record)
             Private::overwrite(*this, changed, changed.size());
         });
     });
+    return written && valueProblems().isEmpty();
 }
 
 bool DbfTable::setRecordDeleted(int index, bool deleted)
@@ -174,7 +209,7 @@ bool DbfTable::setRecordDeleted(int index, bool deleted)
 
 bool DbfTable::appendRecord(const DbfRecord& record)
 {
-    return Private::recordingErrors(*this, [this, record] {
+    return Private::writingChecked(*this, {record}, [this, record] {
         Private::seekSlotForAppending(*this, 1);
         Private::usingLayout(*this, [&](RecordLayout& layout) {
             const Private::Standing standing(*this);
@@ -195,7 +230,7 @@ bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
 {
     if (records.isEmpty())
         return true;
-    return Private::recordingErrors(*this, [this, records] {
+    return Private::writingChecked(*this, records, [this, records] {
         Private::seekSlotForAppending(*this, records.size());
         try {
             writingWhole(device(), [&] {
@@ -220,6 +255,27 @@ bool DbfTable::create(const DbfSchema& schema)
         target.start(serializeTableDescriptor(header), serializeSchema(schema), {});
         target.finish();
     });
+}
+
+bool DbfTable::Private::hasProblems(DbfTable& table, const QVector<DbfRecord>& records)
+{
+    constexpr int mostRecords = 100;
+    of(table).valueProblems.clear();
+    if (!of(table).isCheckingValues)
+        return false;
+    const quint64 changes = of(table).changes;
+    const ValueChecker checker(table.m_schema);
+    QVector<DbfValueProblem> problems;
+    int bad = 0;
+    for (int i = 0; i < records.size() && bad < mostRecords; ++i) {
+        const QVector<DbfValueProblem> found = checker.problemsOf(records.at(i), i);
+        bad += found.isEmpty() ? 0 : 1;
+        problems += found;
+    }
+    if (of(table).changes != changes)
+        throw WriteError;
+    of(table).valueProblems = problems;
+    return bad > 0;
 }
 
 void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int size)
