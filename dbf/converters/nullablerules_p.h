@@ -23,7 +23,6 @@ struct FieldContext;
 
 /// What all of them have in common: exactly as many bytes as the field has.
 struct NullableRule {
-    static constexpr bool isText = false;
     static int size(int length) { return length; }
     static QByteArray blank(int length) { return QByteArray(length, ' '); }
 };
@@ -38,6 +37,7 @@ struct NullableTextRule : NullableRule {
 
 struct NullableNumberRule : NullableRule {
     using Converter = DbfNullableNumberConverter;
+    static constexpr bool isText = false;
     static QVariant read(std::string_view bytes, const FieldContext& field);
     static void write(const QVariant& value, const FieldContext& field, char* bytes);
     static bool convert(QVariant& value);
@@ -45,6 +45,7 @@ struct NullableNumberRule : NullableRule {
 
 struct NullableLogicalRule : NullableRule {
     using Converter = DbfNullableBoolConverter;
+    static constexpr bool isText = false;
     static QVariant read(std::string_view bytes, const FieldContext& field);
     static void write(const QVariant& value, const FieldContext& field, char* bytes);
     static bool convert(QVariant& value);
@@ -53,6 +54,7 @@ struct NullableLogicalRule : NullableRule {
 
 struct NullableDateRule : NullableRule {
     using Converter = DbfNullableDateConverter;
+    static constexpr bool isText = false;
     static QVariant read(std::string_view bytes, const FieldContext& field);
     static void write(const QVariant& value, const FieldContext& field, char* bytes);
     static bool convert(QVariant& value);
@@ -60,6 +62,7 @@ struct NullableDateRule : NullableRule {
 
 struct NullableDateTimeRule : NullableRule {
     using Converter = DbfNullableDateTimeConverter;
+    static constexpr bool isText = false;
     static QVariant read(std::string_view bytes, const FieldContext& field);
     static void write(const QVariant& value, const FieldContext& field, char* bytes);
     static bool convert(QVariant& value);
@@ -68,6 +71,7 @@ struct NullableDateTimeRule : NullableRule {
 
 struct NullableCurrencyRule : NullableRule {
     using Converter = DbfNullableCurrencyConverter;
+    static constexpr bool isText = false;
     static QVariant read(std::string_view bytes, const FieldContext& field);
     static void write(const QVariant& value, const FieldContext& field, char* bytes);
     static bool convert(QVariant& value);

@@ -114,9 +114,9 @@ bool writeWithDecimals(const DecimalText& number, int decimals, char* field, int
 
 constexpr size_t base = 100; // digits are made in pairs
 
-constexpr std::array<char, 2 * base> makeDigitPairs()
+constexpr std::array<char, 200> makeDigitPairs()
 {
-    std::array<char, 2 * base> pairs{};
+    std::array<char, 200> pairs{};
     for (size_t i = 0; i < base; ++i) {
         pairs[2 * i] = static_cast<char>('0' + i / 10);
         pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
@@ -124,7 +124,7 @@ constexpr std::array<char, 2 * base> makeDigitPairs()
     return pairs;
 }
 
-constexpr std::array<char, 2 * base> digitPairs = makeDigitPairs();
+constexpr std::array<char, 200> digitPairs = makeDigitPairs();
 
 /// Takes the last two digits off \a number and writes them before \a position.
 char* writePair(quint64& number, char* position)
