@@ -207,6 +207,10 @@ Problem problemIn(NullableTextRule, const Case& c)
     case Given::Value:
         break;
     }
+    const int type = c.value.userType();
+    if (type != QMetaType::QString && type != QMetaType::QDate && type != QMetaType::QDateTime &&
+        givenText(c.value, longestField).text != given.text) // A number was made shorter.
+        return Reason::TooLong;
     QStringView content(given.text);
     while (!content.isEmpty() && content.back() == QLatin1Char(' '))
         content.chop(1);
@@ -359,16 +363,16 @@ Problem binaryProblem(Rule, const Case& c)
     const GivenNumber number(c.value);
     if (const Problem problem = kindProblem(number, false))
         return problem;
-    if (std::isinf(stored))
-        return Reason::TooLarge;
     const std::string expected = rounded(number.digits(), manyDecimals);
+    const std::optional<double> nearest = nearestDouble(expected);
+    if (!nearest || std::isinf(Rule::numberOf(QVariant(*nearest))))
+        return Reason::TooLarge;
     const ShortestText shortest(stored);
     const std::optional<DecimalText> digits = DecimalText::read(shortest.text());
     if (digits && rounded(*digits, manyDecimals) == expected)
         return std::nullopt;
-    const std::optional<double> nearest = nearestDouble(expected);
-    const bool isKept = significantDigits(expected) <= exactDigits && nearest &&
-                        Rule::numberOf(QVariant(*nearest)) == stored;
+    const bool isKept =
+        significantDigits(expected) <= exactDigits && Rule::numberOf(QVariant(*nearest)) == stored;
     return isKept ? Problem() : Reason::Changed;
 }
 
