@@ -71,6 +71,24 @@ void addRows(const char* name, const DbfColumn& column, const QVector<Expected>&
             << column << expected.value << expected.reason;
 }
 
+/// Keeps texts but for the spaces around them, and writes none of more than three characters.
+class TrimmingConverter : public DbfFieldConverter
+{
+public:
+    QByteArray toByteArray(const QVariant& value, const DbfSchema&,
+                           const DbfFieldDescriptor& field) const override
+    {
+        return value.toByteArray().leftJustified(field.length, ' ');
+    }
+    QVariant toVariant(const QByteArray& bytes, const DbfSchema&,
+                       const DbfFieldDescriptor&) const override
+    {
+        const QString text = QString::fromLatin1(bytes).trimmed();
+        return text.isEmpty() ? QVariant() : text;
+    }
+    bool convertVariant(QVariant& value) const override { return value.convert(QVariant::String); }
+};
+
 /// One text column of five places and one number of four with a decimal, blank means blank.
 struct CheckingTable : OpenTable {
     CheckingTable() : OpenTable(sample().bytes())
@@ -111,8 +129,13 @@ private slots:
                  {japanese, notInCodePage},
                  {QString(QChar('a')) + QChar(0) + 'b', changed},
                  {QByteArray("\xFF"), changed},
+                 {QVariant(QVariant::Int), noReason},
+                 {QString(300, 'x'), tooLong},
                  {QByteArray("abc"), noReason},
                  {QVariantList{1}, changed},
+                 {QByteArray("four"), noReason},
+                 {cyrillic + 'x', noReason},
+                 {cyrillic + "xy", tooLong},
                  {QDate(2024, 2, 29), tooLong}});
         addRows("nullable C", nullable('C', 10),
                 {{" abc", noReason},
@@ -120,6 +143,7 @@ private slots:
                  {"1234567890  ", noReason},
                  {japanese, notInCodePage},
                  {QVariantList{1}, notOfType},
+
                  {QString("a") + QChar(0) + "b", changed},
                  {none, noReason},
                  {true, noReason},
@@ -131,6 +155,11 @@ private slots:
             addRows(isText ? "N" : "nullable N", column,
                     {{"12345.67", noReason},
                      {"123456.78", tooLarge},
+                     {"1234567.8", tooLarge},
+                     {"  12.5  ", noReason},
+                     {"      12.5", isText ? tooLarge : noReason},
+                     {"1e3", noReason},
+                     {QVariant(QChar('7')), noReason},
                      {"abc", notOfType},
                      {"1.50", noReason},
                      {none, noReason},
@@ -180,7 +209,12 @@ private slots:
                  {std::numeric_limits<qlonglong>::min(), noReason},
                  {1e19, noReason},
                  {float(0.5), noReason}});
-        addRows("digits", usual('F', 20, 0), {{"12345678901234567", changed}});
+        addRows("digits", usual('F', 20, 0),
+                {{"12345678901234567", changed},
+                 {12345678901234567.0, noReason},
+                 {"0", noReason},
+                 {12345678901234567LL, changed},
+                 {float(0.5), noReason}});
         addRows("L", usual('L', 1),
                 {{true, noReason},
                  {false, noReason},
@@ -189,7 +223,10 @@ private slots:
                  {"yes", noReason},
                  {"maybe", notOfType},
                  {none, changed},
+                 {QByteArray("T"), noReason},
+                 {1, noReason},
                  {notANumber, notOfType}});
+        addRows("L too long", usual('L', 2), {{true, changed}});
         addRows("nullable L", nullable('L', 1),
                 {{"F", noReason}, {"no", noReason}, {none, noReason}, {"maybe", notOfType}});
         addRows("D", usual('D', 8),
@@ -201,6 +238,10 @@ private slots:
                  {"soon", notOfType},
                  {"2024-02-29", noReason},
                  {"20240229", changed},
+                 {QDateTime(QDate(2024, 2, 29), QTime(0, 0)), noReason},
+                 {"2024-02-29T00:00", noReason},
+                 {"2024-02-29T25:00", notOfType},
+                 {"2024-02-29T10:70", notOfType},
                  {noon, changed},
                  {5, notOfType}});
         addRows("nullable D", nullable('D', 8),
@@ -215,12 +256,14 @@ private slots:
                  {"2024-02-29T12:00:00", noReason},
                  {none, noReason},
                  {"noon", notOfType},
+                 {"2024-02-29 1", notOfType},
                  {QDate(10000, 1, 1), tooLarge}});
         addRows("Y", nullable('Y', 8),
                 {{1.00005, noReason},
                  {"922337203685477.5807", noReason},
                  {"922337203685477.5808", tooLarge},
                  {-1e15, tooLarge},
+                 {1e13, noReason},
                  {none, changed},
                  {"abc", notOfType},
                  {notANumber, notOfType}});
@@ -231,6 +274,7 @@ private slots:
                  {"12", noReason},
                  {"x", notOfType},
                  {none, changed},
+                 {-1e10, tooLarge},
                  {decimal("7"), changed}});
         addRows("I2", with(DbfSmallIntConverter::instance(), 'I', 2),
                 {{32767, noReason}, {-32769, tooLarge}});
@@ -249,11 +293,31 @@ private slots:
                  {"x", notOfType},
                  {"1e400", tooLarge}});
         addRows("B4", with(DbfBinaryFloatConverter::instance(), 'B', 4),
-                {{0.1, noReason}, {1e300, tooLarge}, {"0.5", noReason}, {"1e39", tooLarge}});
+                {{0.1, noReason},
+                 {1e300, tooLarge},
+                 {"0.1", noReason},
+                 {"0.12345678901234567", changed},
+                 {16777217, changed},
+                 {16777216, noReason},
+
+                 {decimal("0.5"), changed},
+                 {none, changed},
+                 {"x", notOfType},
+                 {"1e39", tooLarge}});
         addRows("M", usual('M', 4),
                 {{QByteArray("abcd"), noReason},
                  {QByteArray("abc"), changed},
+                 {"abcd", noReason},
+                 {none, changed},
                  {QByteArray("abcde"), tooLong}});
+        static TrimmingConverter trimming;
+        addRows("own and trimming", with(&trimming, 'X', 3),
+                {{none, noReason},
+                 {"", noReason},
+                 {"abc", noReason},
+                 {12, noReason},
+                 {" a", changed},
+                 {"abcd", tooLong}});
         static SpyConverter spy;
         addRows("own", with(&spy, 'X', 3),
                 {{QByteArray("abc"), noReason}, {"abc", changed}, {123, changed}});
@@ -273,6 +337,27 @@ private slots:
             QCOMPARE(problem.columnIndex, 1);
             QVERIFY(problem.text().startsWith("FIELD: "));
         }
+    }
+
+    void textIsMeasuredInBytesOfItsCodec()
+    {
+        DbfSchema schema;
+        schema.columns = {usual('C', 6), nullable('C', 6)};
+        const auto reasons = [&](int mib, const QString& text) {
+            schema.codec = codec(mib);
+            QVector<int> found;
+            for (const DbfValueProblem& problem : checkValues({0, {text, text}}, schema))
+                found << int(problem.reason);
+            return found;
+        };
+        constexpr int utf8 = 106;
+        constexpr int shiftJis = 17;
+        QCOMPARE(reasons(utf8, cyrillic), QVector<int>());
+        QCOMPARE(reasons(utf8, cyrillic + 'x'), QVector<int>(2, tooLong));
+        QCOMPARE(reasons(utf8, "abcdef"), QVector<int>());
+        QCOMPARE(reasons(shiftJis, japanese + japanese.left(1)), QVector<int>());
+        QCOMPARE(reasons(shiftJis, japanese + japanese), QVector<int>(2, tooLong));
+        QCOMPARE(reasons(shiftJis, QString(QChar(0xE9))), QVector<int>(2, notInCodePage));
     }
 
     void problemsAreSaidInWords()

@@ -365,6 +365,14 @@ private slots:
         QCOMPARE(written("a日", 8, iso2022Jp), QByteArray("a       "));
         QCOMPARE(written("я", 1, utf8), QByteArray(" "));
         QCOMPARE(written("日本", 0, utf8), QByteArray());
+        QCOMPARE(
+            text->toByteArray(-std::numeric_limits<double>::infinity(), DbfSchema(), field('C', 5)),
+            QByteArray("-inf "));
+
+        const DbfSchema ebcdic({}, QTextCodec::codecForName("IBM037")); // whose space is no 0x20
+        QCOMPARE(text->toVariant(hex("c1 40 c2 40 40"), ebcdic, field('C', 5)), QVariant("A B"));
+        QCOMPARE(number->toByteArray(7, DbfSchema(), field('N', 30, 18)),
+                 QByteArray("7.000000000000000000").rightJustified(30));
     }
 
     void clocksThatLocalTimeLeavesOutAreKept()

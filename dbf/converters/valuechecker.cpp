@@ -74,8 +74,6 @@ int significantDigits(const std::string& digits)
 {
     const size_t first = digits.find_first_of("123456789");
     const size_t last = digits.find_last_of("123456789");
-    if (first == std::string::npos)
-        return 0;
     const size_t point = digits.find('.');
     return static_cast<int>(last - first + 1 - (point > first && point < last ? 1 : 0));
 }
@@ -155,9 +153,7 @@ Problem textProblem(QStringView content, const FieldContext& field, bool isPadde
         isPadded ? field.codec->decodePadded(viewOf(bytes)) : field.codec->decode(viewOf(bytes));
     if (back != content)
         return Reason::NotInCodePage;
-    return bytes.size() > field.length || (!isPadded && content.size() > field.length)
-               ? Reason::TooLong
-               : Problem();
+    return bytes.size() > field.length ? Reason::TooLong : Problem();
 }
 
 /// The text that the default converter makes of a value; nothing where it loses the value.
@@ -184,16 +180,16 @@ Problem problemIn(TextRule, const Case& c)
         const GivenNumber number{QVariant(*text)};
         if (const Problem problem = kindProblem(number, true))
             return problem;
-        const QByteArray whole = text->trimmed().toLatin1();
-        const std::string_view kept = viewOf(whole).substr(0, static_cast<size_t>(c.field.length));
-        const std::optional<DecimalText> stored = DecimalText::read(kept);
+        const QByteArray kept = text->left(c.field.length).toLatin1();
+        const std::optional<DecimalText> stored = DecimalText::read(trimmedAscii(viewOf(kept)));
         return stored && rounded(*stored, manyDecimals) == rounded(number.digits(), manyDecimals)
                    ? Problem()
                    : Reason::TooLarge;
     }
-    if (!text->isEmpty() && text->front().isSpace() && !text->trimmed().isEmpty())
+    const QStringView content = QStringView(*text).trimmed();
+    if (!content.isEmpty() && content.data() != text->data())
         return Reason::Changed;
-    return textProblem(QStringView(*text).trimmed(), c.field, false);
+    return textProblem(content, c.field, false);
 }
 
 Problem problemIn(NullableTextRule, const Case& c)
@@ -354,10 +350,10 @@ Problem problemIn(LargeIntRule, const Case& c)
     return integerProblem<LargeIntRule, qint64>(c);
 }
 
-template <typename Rule>
-Problem binaryProblem(Rule, const Case& c)
+/// What is wrong with a number that is stored as \a stored, of a type that keeps \a keptDigits
+/// digits and turns other numbers into what \a asStored returns.
+Problem binaryProblem(const Case& c, double stored, int keptDigits, double (*asStored)(double))
 {
-    const double stored = Rule::numberOf(c.value);
     if (isFloating(c.value))
         return std::isinf(stored) && !std::isinf(c.value.toDouble()) ? Reason::TooLarge : Problem();
     const GivenNumber number(c.value);
@@ -365,15 +361,23 @@ Problem binaryProblem(Rule, const Case& c)
         return problem;
     const std::string expected = rounded(number.digits(), manyDecimals);
     const std::optional<double> nearest = nearestDouble(expected);
-    if (!nearest || std::isinf(Rule::numberOf(QVariant(*nearest))))
+    if (!nearest || std::isinf(asStored(*nearest)))
         return Reason::TooLarge;
     const ShortestText shortest(stored);
     const std::optional<DecimalText> digits = DecimalText::read(shortest.text());
     if (digits && rounded(*digits, manyDecimals) == expected)
         return std::nullopt;
-    const bool isKept =
-        significantDigits(expected) <= exactDigits && Rule::numberOf(QVariant(*nearest)) == stored;
+    const bool isKept = significantDigits(expected) <= keptDigits && asStored(*nearest) == stored;
     return isKept ? Problem() : Reason::Changed;
+}
+
+template <typename Rule>
+Problem binaryProblem(Rule, const Case& c)
+{
+    using Number = decltype(Rule::numberOf(QVariant()));
+    return binaryProblem(c, static_cast<double>(Rule::numberOf(c.value)),
+                         std::numeric_limits<Number>::digits10,
+                         [](double number) { return double(static_cast<Number>(number)); });
 }
 
 Problem problemIn(BinaryDoubleRule rule, const Case& c)

@@ -135,16 +135,8 @@ private:
         const QVariant old = layout.value(before, column);
         if (isSameValue(old, value))
             return;
-        std::optional<DbfValueProblem> problem;
-        if (m_checker)
-            problem = m_checker->problemOf(value, column, 0);
         QByteArray bytes;
-        try {
-            layout.appendValue(value, column, bytes);
-        } catch (DbfTableError) {
-            if (!problem)
-                throw;
-        }
+        layout.appendValue(value, column, bytes);
         if (viewOf(bytes) == before)
             return;
         if (old.userType() == value.userType() && old.userType() >= QMetaType::User) {
@@ -153,8 +145,10 @@ private:
             if (bytes == oldBytes)
                 return;
         }
-        if (problem)
-            return m_problems.append(*problem);
+        if (m_checker) {
+            if (const auto problem = m_checker->problemOf(value, column, 0))
+                return m_problems.append(*problem);
+        }
         if (static_cast<size_t>(bytes.size()) != before.size() ||
             bytes.size() != layout.column(column).descriptor.length)
             throw WriteError;
