@@ -64,6 +64,11 @@ std::string rounded(const DecimalText& number, int decimals)
     return text.substr(text.find_first_not_of(' '));
 }
 
+bool isSameNumber(const DecimalText& a, const DecimalText& b)
+{
+    return rounded(a, manyDecimals) == rounded(b, manyDecimals);
+}
+
 /// Whether \a number is too long to be written out: its whole digits exceed every field.
 bool isBeyondFields(const GivenNumber& number)
 {
@@ -182,9 +187,9 @@ Problem problemIn(TextRule, const Case& c)
             return problem;
         const QByteArray kept = text->left(c.field.length).toLatin1();
         const std::optional<DecimalText> stored = DecimalText::read(trimmedAscii(viewOf(kept)));
-        return stored && rounded(*stored, manyDecimals) == rounded(number.digits(), manyDecimals)
-                   ? Problem()
-                   : Reason::TooLarge;
+        if (!stored || !isSameNumber(*stored, number.digits()))
+            return Reason::TooLarge;
+        return std::nullopt;
     }
     const QStringView content = QStringView(*text).trimmed();
     if (!content.isEmpty() && content.data() != text->data())
@@ -365,7 +370,7 @@ Problem binaryProblem(const Case& c, double stored, int keptDigits, double (*asS
         return Reason::TooLarge;
     const ShortestText shortest(stored);
     const std::optional<DecimalText> digits = DecimalText::read(shortest.text());
-    if (digits && rounded(*digits, manyDecimals) == expected)
+    if (digits && isSameNumber(*digits, number.digits()))
         return std::nullopt;
     const bool isKept = significantDigits(expected) <= keptDigits && asStored(*nearest) == stored;
     return isKept ? Problem() : Reason::Changed;
@@ -393,7 +398,7 @@ Problem problemIn(BinaryFloatRule rule, const Case& c)
 bool isNothing(const QVariant& value)
 {
     return !value.isValid() || value.isNull() ||
-           (value.userType() == QMetaType::QString && value.toString().isEmpty());
+           (value.userType() == QMetaType::QString && held<QString>(value).isEmpty());
 }
 
 /// What is wrong where the converter itself must be asked.

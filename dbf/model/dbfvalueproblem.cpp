@@ -33,7 +33,9 @@ QString shown(const QVariant& value)
     QString text = textOf(value);
     if (text.size() > mostShown)
         text = text.left(mostShown) + QStringLiteral("…");
-    return isText ? QLatin1Char('"') + text + QLatin1Char('"') : text;
+    if (isText)
+        text = QLatin1Char('"') + text + QLatin1Char('"');
+    return text;
 }
 
 bool isNumberText(DbfFieldType type)
@@ -45,9 +47,10 @@ QString room(const DbfFieldDescriptor& field)
 {
     if (!isNumberText(field.type))
         return QStringLiteral("is beyond what the field holds");
-    const QString places = QStringLiteral("does not fit %1 places").arg(field.length);
-    return field.decimals == 0 ? places
-                               : places + QStringLiteral(" with %1 decimals").arg(field.decimals);
+    QString places = QStringLiteral("does not fit %1 places").arg(field.length);
+    if (field.decimals != 0)
+        places += QStringLiteral(" with %1 decimals").arg(field.decimals);
+    return places;
 }
 
 QString kindOfValue(DbfFieldType type)
