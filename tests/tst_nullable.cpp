@@ -383,10 +383,10 @@ private slots:
         const auto descriptor = field('T', 8);
         const QVariant read =
             instant->toVariant(instant->toByteArray(leftOut, {}, descriptor), {}, descriptor);
-        const QByteArray text = instant->toByteArray("2024-03-31T02:30", {}, descriptor);
+        const QByteArray bytes = instant->toByteArray("2024-03-31T02:30", {}, descriptor);
         zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
         QCOMPARE(read.toDateTime(), utc(2024, 3, 31, 2, 30));
-        QCOMPARE(instant->toVariant(text, {}, descriptor), read);
+        QCOMPARE(instant->toVariant(bytes, {}, descriptor), read);
     }
 
     void restructuringKeepsMeaning_data()
