@@ -45,6 +45,7 @@
 #include <dbf/table/dbftable.h>
 #include <dbf/transform/dbfcopyoptions.h>
 #include <dbf/transform/dbffieldtransform.h>
+#include <dbf/transform/dbffile.h>
 #include <dbf/transform/dbfschematransform.h>
 
 #endif

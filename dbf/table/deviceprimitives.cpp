@@ -142,6 +142,16 @@ void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& desc
     dropReadAhead(device);
 }
 
+quint32 readRecordCount(QIODevice* device)
+{
+    requireExactReads(device);
+    if (!seekTo(device, layout::recordCountOffset))
+        throw DbfTable::ReadError;
+    dropReadAhead(device);
+    const QByteArray bytes = primitives::readData(device, layout::recordCountSize);
+    return qFromLittleEndian<quint32>(bytes.constData());
+}
+
 void requirePlausibleCount(const QIODevice* device, qint64 count,
                            const DbfTableDescriptor& descriptor)
 {

@@ -4,6 +4,7 @@
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/metadata_p.h>
+#include <dbf/format/tableheader_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>
@@ -43,13 +44,16 @@ public:
     /// Counts the records to keep, where not all are. Returns false when progress stops it.
     bool count();
 
+    /// Says why the copy failed with \a code.
+    QString whyFailed(DbfTableError code, const QIODevice* target) const;
+
     /// Writes the whole copy onto \a target. Returns false when progress stops it.
     bool run(QIODevice* target);
 
 private:
     void requireSameTable() const;
     void writeStart(NewTableDevice& device);
-    QByteArray readBatch(int first, int count) const;
+    QByteArray readBatch(int first, int count);
     void copyBatch(const QByteArray& images, int first, QIODevice* target);
     void requireKeptValues(std::string_view image, int index);
     bool isKept(const char* image) const
@@ -69,6 +73,9 @@ private:
     const int m_count;
     quint32 m_kept; // records of the copy
     quint32 m_written = 0;
+    int m_batchStart = 0; // of the last batch read
+    int m_batchSize = 0;
+    bool m_isComplete = false;
     QByteArray m_image;
     int m_targetRecordLength = 0;
 };
@@ -105,6 +112,7 @@ bool DbfTable::Private::Copy::run(QIODevice* target)
             return false;
     } while (done < m_count);
     requireSameTable();
+    m_isComplete = true;
     if (m_written != m_kept)
         throw WriteError;
     device.finish();
@@ -114,7 +122,7 @@ bool DbfTable::Private::Copy::run(QIODevice* target)
 void DbfTable::Private::Copy::writeStart(NewTableDevice& device)
 {
     const DbfSchema& schema = m_transform.schema;
-    DbfTableDescriptor descriptor = transformDescriptor(m_source, schema);
+    DbfTableDescriptor descriptor = format::copiedDescriptor(m_source, schema);
     descriptor.recordCount = m_kept;
     descriptor.codePage = m_options.codePage.value_or(m_source.codePage);
     m_targetRecordLength = descriptor.recordLength;
@@ -122,7 +130,7 @@ void DbfTable::Private::Copy::writeStart(NewTableDevice& device)
 
     QByteArray header = serializeTableDescriptor(descriptor);
     QByteArray fields = serializeSchema(schema);
-    QByteArray backLink(hasDbc(descriptor) ? layout::backLinkSize : 0, '\0');
+    QByteArray backLink(format::backLinkLength(descriptor), '\0');
     if (m_options.keepMetadata) {
         if (!seekTo(m_table.device(), 0))
             throw ReadError;
@@ -142,9 +150,11 @@ void DbfTable::Private::Copy::requireSameTable() const
         throw ReadError;
 }
 
-QByteArray DbfTable::Private::Copy::readBatch(int first, int count) const
+QByteArray DbfTable::Private::Copy::readBatch(int first, int count)
 {
     requireSameTable();
+    m_batchStart = first;
+    m_batchSize = count;
     return readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
 }
 
@@ -183,6 +193,35 @@ bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
            !table.m_device->isTextModeEnabled() && !wouldOverwrite(target, table.device());
 }
 
+QString DbfTable::Private::whyNoCopy(const DbfTable& table, const QIODevice* target)
+{
+    if (!table.m_opened)
+        return QStringLiteral("it is not open");
+    if (!target)
+        return QStringLiteral("there is no target");
+    if (wouldOverwrite(target, table.device()))
+        return QStringLiteral("the target is the table's own file");
+    return errortext::obstacle(table.device(), false);
+}
+
+QString DbfTable::Private::Copy::whyFailed(DbfTableError code, const QIODevice* target) const
+{
+    if (of(m_table).openings != m_opening)
+        return QStringLiteral("it was opened anew meanwhile");
+    if (!of(m_table).valueProblems.isEmpty()) {
+        const DbfValueProblem& problem = of(m_table).valueProblems.first();
+        return errortext::records(problem.record, 1, m_count) + QStringLiteral(", ") +
+               problem.text();
+    }
+    if (code == HeaderTooLongError)
+        return errortext::ofCode(code);
+    if (code == ReadError)
+        return unreadable(m_table, m_batchStart, m_batchSize);
+    if (m_isComplete && m_written != m_kept)
+        return QStringLiteral("records were marked deleted or taken back meanwhile");
+    return errortext::ofDevice(target);
+}
+
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
 {
     return copyAndTransform(device, transform, DbfCopyOptions());
@@ -201,13 +240,24 @@ bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& tra
                                 const DbfCopyOptions& options)
 {
     Private::of(*this).valueProblems.clear();
-    if (!Private::canCopy(*this, device))
+    Private::of(*this).copyErrorText.clear();
+    Private::of(*this).reason.clear();
+    const auto fails = [&](const QString& reason) {
+        Private::of(*this).copyErrorText =
+            errortext::because(QStringLiteral("The table cannot be copied"), reason);
         return false;
+    };
+    if (!Private::canCopy(*this, device))
+        return fails(Private::whyNoCopy(*this, device));
     Private::Copy copy(*this, transform, options);
     try {
-        return copy.count() && device->open(QIODevice::WriteOnly) && copy.run(device);
-    } catch (DbfTableError) {
-        return false;
+        if (!copy.count())
+            return false;
+        if (!device->open(QIODevice::WriteOnly))
+            return fails(errortext::ofDevice(device));
+        return copy.run(device);
+    } catch (DbfTableError code) {
+        return fails(copy.whyFailed(code, device));
     }
 }
 

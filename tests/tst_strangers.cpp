@@ -1,0 +1,490 @@
+// SPDX-FileCopyrightText: the dbftable authors
+// SPDX-License-Identifier: MIT
+
+#include "testtables.h"
+
+#include <QtCore/QBuffer>
+#include <QtCore/QDir>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <iconv.h>
+#include <stdexcept>
+
+using namespace dbf;
+using namespace testtables;
+
+namespace
+{
+
+Table versioned(int version)
+{
+    Table table = sample();
+    table.version = version;
+    if (version >= 0x30 && version <= 0x32)
+        table.backLink = QByteArray(263, 'b');
+    return table;
+}
+
+/// A header of 36 more bytes and two descriptors of 48, as version 7 of the format has them.
+QByteArray wideTable(int version)
+{
+    const auto wide = [](const QByteArray& name, char type, int length) {
+        return name.leftJustified(32, '\0') + type + char(length) + QByteArray(14, '\0');
+    };
+    return header(1, 32 + 36 + 2 * 48 + 1, 8, version) + QByteArray(36, '\0') + wide("A", 'C', 5) +
+           wide("B", 'C', 2) + "\x0D ab   cd\x1A";
+}
+
+/// A folder with one table file in it.
+struct TableFile {
+    explicit TableFile(const QByteArray& bytes) : path(folder.filePath("t.dbf"))
+    {
+        writeFile(path, bytes);
+    }
+    bool isAlone() const
+    {
+        return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden) == QStringList("t.dbf");
+    }
+
+    QTemporaryDir folder;
+    QString path;
+};
+
+} // namespace
+
+/// Tables of other programs: their versions and code pages, what is said of them, whole files.
+class TestStrangers : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void versionIsAcceptedOrNamed_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("byDefault");
+        QTest::addColumn<bool>("onRequest");
+        QTest::addColumn<QString>("text");
+        for (const int version : {0x02, 0x03, 0x07, 0x30, 0x31})
+            QTest::addRow("0x%02x", version) << versioned(version).bytes() << true << true << "";
+        for (const int version : {0x83, 0x8B, 0xCB, 0xF5, 0xFB})
+            QTest::addRow("0x%02x", version)
+                << versioned(version).bytes() << false << true
+                << QStringLiteral("Version 0x%1: tables with memo files are read only on request")
+                       .arg(QString::number(version, 16).toUpper());
+        QTest::newRow("0x32") << versioned(0x32).bytes() << false << true
+                              << "Version 0x32: tables with null flags are read only on request";
+        QTest::newRow("0x43") << versioned(0x43).bytes() << false << true
+                              << "Version 0x43: SQL tables are read only on request";
+        for (const int version : {0x00, 0x50, 0xFF})
+            QTest::addRow("0x%02x", version)
+                << versioned(version).bytes() << false << false
+                << QStringLiteral("This is no table: Version 0x%1 is none of tables")
+                       .arg(QString::number(version, 16).toUpper().rightJustified(2, '0'));
+        QTest::newRow("wide 0x04") << wideTable(0x04) << true << false << "";
+        QTest::newRow("wide 0x8C")
+            << wideTable(0x8C) << false << false
+            << "Version 0x8C: tables with field descriptors of 48 bytes are not read";
+        QTest::newRow("plain 0x04") << versioned(0x04).bytes() << true << true << "";
+        Table old = versioned(0x02);
+        QTest::newRow("0x02 without room for a field")
+            << header(1, 64, 8, 0x02) + QByteArray(100, ' ') << true << false << "";
+        QTest::newRow("0x02 beyond the file") << old.bytes().left(128) << true << false << "";
+        QTest::newRow("0x02 without bytes in its records")
+            << header(1, 65, 0, 0x02) + QByteArray(100, ' ') << true << false << "";
+    }
+
+    void versionIsAcceptedOrNamed()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, byDefault);
+        QFETCH(bool, onRequest);
+        QFETCH(QString, text);
+        RecordingDevice device(bytes);
+        DbfTable table(&device);
+        QCOMPARE(table.open(QIODevice::ReadOnly), byDefault);
+        QCOMPARE(table.errorString(), byDefault ? QString() : text);
+        table.close();
+        table.clearError();
+        table.setAcceptedVersions(DbfTable::AllVersions);
+        QCOMPARE(table.open(QIODevice::ReadOnly), onRequest);
+        if (!onRequest) {
+            QCOMPARE(table.lastError(), DbfTable::UnsupportedVersionError);
+            QVERIFY(table.errorString().contains(
+                QStringLiteral("Version 0x%1")
+                    .arg(QString::number(quint8(bytes[0]), 16).toUpper(), 2, '0')));
+        } else {
+            DbfTable moved(std::move(table));
+            QVERIFY(moved.actualize() && moved.acceptedVersions() == DbfTable::AllVersions);
+            QCOMPARE(moved.readRecord(2).values.first(), QVariant("Carl"));
+        }
+    }
+
+    void tableOfAnotherVersionIsWrittenAndCopied()
+    {
+        for (const int version : {0x32, 0x83, 0xF5}) {
+            Table source = versioned(version);
+            source.fields << field("REAL", 'B', 8);
+            for (QByteArray& record : source.records)
+                record += QByteArray::fromHex("000000000000F83F");
+            OpenTable open(source.bytes());
+            open.table.clearError();
+            open.device.close();
+            open.table.setAcceptedVersions(DbfTable::AllVersions);
+            open.table.setConverterChoice(nullableConverter);
+            QVERIFY(open.table.open(QIODevice::ReadWrite));
+            QCOMPARE(open.table.readRecord(0).values.at(3).userType() == QMetaType::Double,
+                     version == 0x32);
+            QVERIFY(open.table.updateValues(DbfRecord(0, {"Ann"})));
+            QVERIFY(open.table.appendRecord(open.table.readRecord(0)));
+            QBuffer target;
+            DbfCopyOptions options;
+            options.keepMetadata = true;
+            QVERIFY(open.table.copyAndTransform(&target, identityOf(open.table), options));
+            QCOMPARE(target.data(), open.device.content);
+        }
+    }
+
+    void languageDriversMeanWhatOtherProgramsMean()
+    {
+        const QList<QPair<int, QByteArray>> meanings{
+            {0x01, "IBM437"},       {0x02, "IBM850"},       {0x03, "windows-1252"},
+            {0x1D, "IBM850"},       {0x64, "IBM852"},       {0x65, "IBM866"},
+            {0x66, "IBM866"},       {0x6A, "IBM737"},       {0x7B, "Shift_JIS"},
+            {0x7D, "windows-1255"}, {0x7E, "windows-1256"}, {0x86, "IBM737"},
+            {0xC8, "windows-1250"}, {0xC9, "windows-1251"}, {0xCA, "windows-1254"},
+            {0xCB, "windows-1253"}, {0xCC, "windows-1257"}, {0x96, "x-mac-cyrillic"}};
+        for (const auto& [id, name] : meanings) {
+            QTextCodec* const codec = DbfTable::codecByLanguageDriver(id);
+            QVERIFY2(codec, name);
+            QCOMPARE(codec->name().toLower(), name.toLower());
+            bool ok = false;
+            const auto byte = int(DbfTable::languageDriverByCodec(codec, &ok));
+            QVERIFY(ok);
+            QCOMPARE(DbfTable::codecByLanguageDriver(byte), codec);
+        }
+        for (const int id : {-1, 0, 0x68, 0x69, 0xFF, 256})
+            QVERIFY(!DbfTable::codecByLanguageDriver(id));
+        QCOMPARE(int(DbfTable::languageDriverByCodec(QTextCodec::codecForName("IBM866"))), 0x65);
+        QCOMPARE(int(DbfTable::languageDriverByCodec(QTextCodec::codecForName("IBM865"))), 0x08);
+        bool ok = true;
+        QCOMPARE(int(DbfTable::languageDriverByCodec(QTextCodec::codecForName("UTF-8"), &ok)), 0);
+        QVERIFY(!ok && int(DbfTable::languageDriverByCodec(nullptr)) == 0);
+    }
+
+    void labelsNameCodecs()
+    {
+        const QList<QPair<QByteArray, QByteArray>> labels{{"1251", "windows-1251"},
+                                                          {"CP1251", "windows-1251"},
+                                                          {"windows-1251", "windows-1251"},
+                                                          {"ANSI 1251", "windows-1251"},
+                                                          {"\xEF\xBB\xBFoem 866\r\n", "IBM866"},
+                                                          {"88591", "ISO-8859-1"},
+                                                          {"ISO88591", "ISO-8859-1"},
+                                                          {"ISO 8859-15", "ISO-8859-15"},
+                                                          {"28592", "ISO-8859-2"},
+                                                          {"UTF-8", "UTF-8"},
+                                                          {"utf8", "UTF-8"},
+                                                          {"65001", "UTF-8"},
+                                                          {"Big5", "Big5"},
+                                                          {"ANSI936", "GBK"},
+                                                          {"737", "IBM737"},
+                                                          {"koi8-r", "KOI8-R"}};
+        for (const auto& [label, name] : labels) {
+            QTextCodec* const codec = DbfTable::codecByLabel(label);
+            QVERIFY2(codec, label);
+            QCOMPARE(codec->name(), name);
+        }
+        for (const char* label : {"", "1", "ISO", "8859", "8859-x", "CP", "12510", "latin", "1251!",
+                                  "ANSI x", "ISO-8859-99"})
+            QVERIFY2(!DbfTable::codecByLabel(label), label);
+    }
+
+    void greekCodecIsThatOfOthers()
+    {
+        QTextCodec* const codec = DbfTable::codecByLanguageDriver(0x6A);
+        const iconv_t conversion = iconv_open("UTF-16LE", "CP737");
+        for (int byte = 0; byte < 256; ++byte) {
+            char in = char(byte);
+            char16_t out = 0;
+            char* from = &in;
+            char* to = reinterpret_cast<char*>(&out);
+            size_t fromLeft = 1;
+            size_t toLeft = sizeof out;
+            QCOMPARE(int(iconv(conversion, &from, &fromLeft, &to, &toLeft)), 0);
+            const QString text = codec->toUnicode(&in, 1);
+            QCOMPARE(int(text.at(0).unicode()), int(out));
+            QCOMPARE(codec->fromUnicode(text), QByteArray(1, char(byte)));
+        }
+        iconv_close(conversion);
+        QCOMPARE(codec->fromUnicode(QString("\u0416")), QByteArray("?"));
+        QVERIFY(!codec->canEncode(QString("\u0416")) && codec->canEncode(QString("\u0391")));
+        QCOMPARE(codec->fromUnicode(QString("\u0416").data(), 1, nullptr), QByteArray("?"));
+        QTextCodec::ConverterState toNull(QTextCodec::ConvertInvalidToNull);
+        QCOMPARE(codec->fromUnicode(QString("\u0416").data(), 1, &toNull), QByteArray(1, '\0'));
+        QCOMPARE(QTextCodec::codecForName("CP737"), codec);
+    }
+
+    void codecIsChosenByEveryOpening()
+    {
+        Table dos = sample();
+        dos.codePage = 0x65;
+        dos.records[0] = " \x80\xAD\xAD\xA0 T 1.5";
+        OpenTable open(dos.bytes());
+        const QString anna = QStringLiteral("\u0410\u043D\u043D\u0430");
+        QVERIFY(open.table.readRecord(0).values.first() != anna);
+        open.table.setCodecChoice([](const DbfTableDescriptor& table) {
+            return DbfTable::codecByLanguageDriver(int(table.codePage));
+        });
+        QVERIFY(open.table.reopen());
+        QCOMPARE(open.table.readRecord(0).values.first(), QVariant(anna));
+        open.table.overrideTextCodec(codec(2251));
+        QVERIFY(open.table.reopen() && open.table.schema().codec == codec(2251));
+        open.table.overrideTextCodec(nullptr);
+        open.table.setCodecChoice([](const DbfTableDescriptor&) { return nullptr; });
+        QVERIFY(open.table.reopen());
+        QCOMPARE(open.table.schema().codec, DbfTable::codecByCodePage(DbfCodePage(0x65)));
+        open.table.setCodecChoice(
+            [](const auto&) -> QTextCodec* { throw std::runtime_error("x"); });
+        QVERIFY_EXCEPTION_THROWN(open.table.reopen(), std::runtime_error);
+        QVERIFY(!open.table.isOpen() && open.table.schema().columns.size() == 3);
+    }
+
+    void tableIsCreatedForACodePage()
+    {
+        const DbfSchema schema({DbfFieldDescriptor::stringField("\u0416", 5)}, nullptr);
+        QBuffer buffer;
+        QVERIFY(DbfTable(&buffer).create(schema, DbfCodePage(0x65)));
+        QCOMPARE(quint8(buffer.data().at(29)), quint8(0x65));
+        QCOMPARE(buffer.data().at(32), '\x86');
+        QVERIFY(DbfTable(&buffer).create(schema));
+        QCOMPARE(buffer.data().at(29), '\0');
+        QCOMPARE(buffer.data().at(32), '\xC6');
+    }
+
+    void failuresAreSaidInWords()
+    {
+        const auto opening = [](const QByteArray& bytes) {
+            QBuffer buffer;
+            buffer.setData(bytes);
+            DbfTable table(&buffer);
+            table.open(QIODevice::ReadOnly);
+            return table.errorString();
+        };
+        QCOMPARE(opening("short"), QString("This is no table: it has fewer bytes than a header"));
+        QCOMPARE(opening(header(1, 20, 8)),
+                 QString("This is no table: its header cannot have 20 bytes"));
+        QCOMPARE(opening(header(1, 97, 8)),
+                 QString("The table cannot be read: the file ends before its columns do"));
+        DbfTable none(nullptr);
+        QVERIFY(none.errorString().isEmpty() && !none.open(QIODevice::ReadOnly));
+        QCOMPARE(none.errorString(), QString("The table cannot be opened: there is no device"));
+        QFile missing("/nowhere/at/all");
+        DbfTable lost(&missing);
+        QVERIFY(!lost.open(QIODevice::ReadOnly) &&
+                lost.errorString().contains(missing.errorString()));
+
+        TableFile file(sample().bytes().left(129 + 2 * 11));
+        QFile device(file.path);
+        DbfTable table(&device);
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        const auto said = [&] {
+            const QString text = table.errorString();
+            table.clearError();
+            return text;
+        };
+        QVERIFY(table.readRecord(2).isTransient());
+        QCOMPARE(said(), QString("Record 3 of 3 cannot be read: the file ends after 2"));
+        QVERIFY(!table.hasError() && table.errorString().isEmpty());
+        table.readRecord(3);
+        QCOMPARE(said(), QString("There is no record 4 of 3"));
+        table.readRecords(0, 3);
+        QCOMPARE(said(), QString("Records 1 to 3 of 3 cannot be read: the file ends after 2"));
+        table.readRecords(0, -1);
+        QCOMPARE(said(), QString("A negative number of records cannot be read"));
+        DbfRecordCursor cursor(table);
+        while (cursor.next()) {
+        }
+        QCOMPARE(said(), QString("Record 3 of 3 cannot be read: the file ends after 2"));
+        QVERIFY(!table.updateRecord(newRecord(1)));
+        QCOMPARE(said(),
+                 QString("Record 2 of 3 cannot be written: the device is open for reading only"));
+        QBuffer target;
+        QVERIFY(!table.copyAndTransform(&target, identityOf(table)) && !table.hasError());
+        QCOMPARE(said(), QString("The table cannot be copied: Records 1 to 3 of 3 cannot be read: "
+                                 "the file ends after 2"));
+        QVERIFY(!table.copyAndTransform(nullptr, identityOf(table)));
+        QCOMPARE(said(), QString("The table cannot be copied: there is no target"));
+        table.close();
+        QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
+        QCOMPARE(said(), QString("The table cannot be copied: it is not open"));
+        table.error(DbfTable::WriteError);
+        QCOMPARE(said(), QString("The table cannot be written"));
+    }
+
+    void refusedWritesSayWhy()
+    {
+        struct Reopening : SpyConverter {
+            DbfTable* table = nullptr;
+            QByteArray toByteArray(const QVariant& value, const DbfSchema&,
+                                   const DbfFieldDescriptor&) const override
+            {
+                return table ? (table->reopen(), value.toByteArray()) : QByteArray();
+            }
+        } converter;
+        OpenTable open(sample().bytes());
+        open.table.setFieldConverter(0, &converter);
+        QVERIFY(!open.table.appendRecord(newRecord(0)));
+        QCOMPARE(open.table.errorString(),
+                 QString("No record can be appended to 3: its converters give "
+                         "fewer bytes than a record has"));
+        open.table.clearError();
+        converter.table = &open.table;
+        QVERIFY(!open.table.updateRecord(newRecord(0)));
+        QCOMPARE(open.table.errorString(), QString("Record 1 of 3 cannot be written: the table was "
+                                                   "opened anew or closed meanwhile"));
+        QFile full("/dev/full");
+        if (full.open(QIODevice::WriteOnly)) {
+            QBuffer buffer;
+            OpenTable source(sample().bytes());
+            full.close();
+            QVERIFY(!source.table.copyAndTransform(&full, identityOf(source.table)));
+            QVERIFY(source.table.errorString().contains("No space left on device"));
+        }
+    }
+
+    void countIsFollowed()
+    {
+        TableFile file(sample().bytes());
+        QFile device(file.path);
+        DbfTable table(&device);
+        QVERIFY(table.open(QIODevice::ReadWrite));
+        QCOMPARE(table.wholeRecords(), 3);
+        QCOMPARE(table.refreshRecordCount(), 0);
+        QFile writer(file.path);
+        DbfTable other(&writer);
+        QVERIFY(other.open(QIODevice::ReadWrite) && other.appendRecord(newRecord(0)));
+        QCOMPARE(table.refreshRecordCount(), 1);
+        QCOMPARE(table.readRecord(3).values, other.readRecord(3).values);
+        DbfTable::updateRecordCount(&writer, 1000); // before its records are there
+        writer.flush();
+        QCOMPARE(table.refreshRecordCount(), 0);
+        QCOMPARE(table.recordCount(), 4);
+        DbfTable::updateRecordCount(&writer, 2);
+        writer.flush();
+        QCOMPARE(table.refreshRecordCount(), 0);
+        QCOMPARE(table.recordCount(), 2);
+        QVERIFY(table.appendRecord(newRecord(0)));
+        QCOMPARE(table.recordCount(), 3);
+        table.close();
+        QCOMPARE(table.refreshRecordCount(), -1);
+        QCOMPARE(table.lastError(), DbfTable::ReadError);
+        QCOMPARE(DbfTable(nullptr).wholeRecords(), 0);
+    }
+
+    void deletedRecordsArePassedOver()
+    {
+        OpenTable open(sample().bytes());
+        DbfRecordCursor cursor(open.table);
+        cursor.setSkipDeleted(true);
+        QVector<int> visited;
+        for (const DbfRecordCursor& record : cursor)
+            visited << record.index();
+        QCOMPARE(visited, (QVector<int>{0, 2}));
+        QCOMPARE(open.table.schema().indexOf("amount"), 2);
+        QCOMPARE(open.table.schema().indexOf("other"), -1);
+    }
+
+    void fileIsPacked()
+    {
+        QByteArray bytes = sample().bytes();
+        bytes[1] = 99;
+        bytes[20] = 'x';
+        bytes += "what follows the end marker";
+        TableFile file(bytes);
+        QFile::setPermissions(file.path, QFile::ReadOwner | QFile::WriteOwner);
+        const QString link = file.folder.filePath("link");
+        QVERIFY(QFile::link(file.path, link));
+        QString error = "x";
+        QVERIFY(packFile(link, {}, &error) && error.isEmpty());
+        QByteArray packed = bytes.left(129 + 11) + bytes.mid(129 + 22, 11) + '\x1A';
+        packed[4] = 2;
+        QCOMPARE(readFile(file.path), packed);
+        QVERIFY(QFileInfo(link).isSymLink());
+        QVERIFY(!(QFile::permissions(file.path) & (QFile::ReadGroup | QFile::ReadOther)));
+    }
+
+    void fileIsRestructured()
+    {
+        QByteArray bytes = sample().bytes();
+        bytes[28] = 0x01; // an index
+        TableFile file(bytes);
+        const auto widen = [](DbfSchemaTransform& transform) { transform.resizeColumn(0, 9, 0); };
+        QString error;
+        QVERIFY(!restructureFile(file.path, widen, {}, &error));
+        QVERIFY(error.contains("index") && readFile(file.path) == bytes && file.isAlone());
+        DbfFileOptions options;
+        options.ignoreIndexes = true;
+        QVERIFY(restructureFile(file.path, widen, options, &error));
+        const QByteArray wide = readFile(file.path);
+        QCOMPARE(wide.at(28), '\0');
+        QCOMPARE(wide.mid(129, 15), QByteArray(" \xC0\xED\xED\xE0     T 1.5"));
+        const auto narrow = [](DbfSchemaTransform& transform) { transform.resizeColumn(0, 3, 0); };
+        QVERIFY(!restructureFile(file.path, narrow, {}, &error));
+        QVERIFY2(error.contains("Record 1 of 3, NAME: "), qPrintable(error));
+        options.checkValues = false;
+        QVERIFY(readFile(file.path) == wide && restructureFile(file.path, narrow, options));
+        QVERIFY(file.isAlone());
+    }
+
+    void fileStaysAsItWas_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("stopAt"); // 0 never, 1 progress stops, 2 progress throws
+        QTest::addColumn<QString>("text");
+        const QByteArray whole = sample().bytes();
+        QTest::newRow("stopped") << whole << 1 << "";
+        QTest::newRow("thrown") << whole << 2 << "";
+        QTest::newRow("cut") << whole.left(129 + 15) << 0 << "the file ends after 1";
+        QTest::newRow("no table") << QByteArray("abc") << 0 << "no table";
+        QTest::newRow("no records")
+            << header(0, 65, 0) + field("A", 'C', 0) + '\x0D' << 0 << "no bytes";
+        QTest::newRow("header cut") << header(0, 400, 8) + field("A", 'C', 7) << 0 << "ends before";
+        QTest::newRow("area cut") << versioned(0x30).bytes().left(200) << 0 << "header";
+    }
+
+    void fileStaysAsItWas()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, stopAt);
+        QFETCH(QString, text);
+        TableFile file(bytes);
+        DbfFileOptions options;
+        options.progress = [stopAt](int, int) {
+            return stopAt == 2 ? throw std::runtime_error("stop") : stopAt == 0;
+        };
+        for (const bool packs : {true, false}) {
+            QString error;
+            const auto rewrite = [&] {
+                return packs ? packFile(file.path, options, &error)
+                             : restructureFile(
+                                   file.path, [](auto&) {}, options, &error);
+            };
+            if (stopAt == 2)
+                QVERIFY_EXCEPTION_THROWN(rewrite(), std::runtime_error);
+            else
+                QVERIFY(!rewrite());
+            QVERIFY2(error.contains(text) && error.isEmpty() == text.isEmpty(), qPrintable(error));
+            QVERIFY(readFile(file.path) == bytes && file.isAlone());
+        }
+        QString error;
+        QVERIFY(!packFile(file.folder.path(), {}, &error) && !error.isEmpty());
+        options.progress = [&](int, int) { return writeFile(file.path, "other"), true; };
+        if (stopAt == 1)
+            QVERIFY(!packFile(file.path, options, &error) && error.contains("meanwhile"));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestStrangers)
+
+#include "tst_strangers.moc"
