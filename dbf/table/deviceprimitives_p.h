@@ -42,6 +42,9 @@ bool seekTo(QIODevice* device, qint64 position);
 /// text mode, too.
 void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& descriptor);
 
+/// Lets the next read of a file see it as it is then, not as it was when Qt read ahead.
+void dropReadAhead(QIODevice* device);
+
 /// Throws ReadError when records have no bytes at all and \a count of them is more than \a device
 /// has bytes: nothing on the device then bounds how many a header can make a caller ask for.
 void requirePlausibleCount(const QIODevice* device, qint64 count,
