@@ -134,6 +134,23 @@ private slots:
         QCOMPARE(open.device.content.mid(97, 6), QByteArray(" Bob  "));
     }
 
+    void timesAreWhatTheirClocksShow()
+    {
+        const QByteArray noon = QByteArray::fromHex("858A250080EE6502"); // 2024-02-29 11:10
+        Table table{{field("WHEN", 'T', 8)}, {' ' + noon}, 0x30, 0xC9, QByteArray(263, 0)};
+        OpenTable open(table.bytes());
+        open.table.setConverterChoice(nullableConverter);
+        QVERIFY(open.table.reopen());
+        QDateTime when = open.table.readRecord(0).values.first().toDateTime();
+        QVERIFY(when.isValid());
+        when.setOffsetFromUtc(3600); // the same clock elsewhere
+        QVERIFY(open.table.updateValues(DbfRecord(0, {when})));
+        QVERIFY(open.device.writes().isEmpty());
+        QVERIFY(open.table.updateValues(DbfRecord(0, {when.addSecs(60)})));
+        QVERIFY(open.table.updateValues(DbfRecord(0, {when.addDays(1)})));
+        QCOMPARE(open.device.writes().size(), 2);
+    }
+
     void flagAloneIsWritten()
     {
         OpenTable open(sample().bytes());

@@ -6,8 +6,8 @@
 
 #include <QtCore/QtGlobal>
 
-/// The byte layout of a table file. All offsets and sizes are in bytes, all multi-byte numbers
-/// little-endian.
+/// The byte layout of a table file, which docs/format.md describes for readers. All offsets and
+/// sizes are in bytes, all multi-byte numbers little-endian.
 ///
 ///     0                  header (headerSize)
 ///     32                 field descriptors (fieldDescriptorSize each)

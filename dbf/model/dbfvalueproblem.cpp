@@ -4,11 +4,25 @@
 #include <dbf/converters/valuechecker_p.h>
 #include <dbf/model/dbfvalueproblem.h>
 
+#include <QtCore/QLocale>
+
+#include <cmath>
+
 namespace dbf
 {
 
 namespace
 {
+
+QString textOf(const QVariant& value)
+{
+    constexpr double longestWritten = 1e15;
+    if (value.userType() == qMetaTypeId<QDecNumber>())
+        return value.value<QDecNumber>().toString();
+    if (value.userType() == QMetaType::Double && std::abs(value.toDouble()) < longestWritten)
+        return QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
+    return value.toString();
+}
 
 QString shown(const QVariant& value)
 {
@@ -16,12 +30,12 @@ QString shown(const QVariant& value)
     if (!value.isValid() || value.isNull())
         return QStringLiteral("no value");
     const bool isText = value.userType() == QMetaType::QString;
-    QString text = value.userType() == qMetaTypeId<QDecNumber>()
-                       ? value.value<QDecNumber>().toString()
-                       : value.toString();
+    QString text = textOf(value);
     if (text.size() > mostShown)
         text = text.left(mostShown) + QStringLiteral("…");
-    return isText ? QLatin1Char('"') + text + QLatin1Char('"') : text;
+    if (isText)
+        text = QLatin1Char('"') + text + QLatin1Char('"');
+    return text;
 }
 
 bool isNumberText(DbfFieldType type)
@@ -33,9 +47,10 @@ QString room(const DbfFieldDescriptor& field)
 {
     if (!isNumberText(field.type))
         return QStringLiteral("is beyond what the field holds");
-    const QString places = QStringLiteral("does not fit %1 places").arg(field.length);
-    return field.decimals == 0 ? places
-                               : places + QStringLiteral(" with %1 decimals").arg(field.decimals);
+    QString places = QStringLiteral("does not fit %1 places").arg(field.length);
+    if (field.decimals != 0)
+        places += QStringLiteral(" with %1 decimals").arg(field.decimals);
+    return places;
 }
 
 QString kindOfValue(DbfFieldType type)

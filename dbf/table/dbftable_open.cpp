@@ -28,7 +28,7 @@ bool DbfTable::open(QIODevice::OpenMode mode)
         m_descriptor = header;
         Private& kept = Private::of(*this);
         ++kept.changes;
-        kept.end.reset();
+        kept.fileEnd.reset();
         if (!m_schema.codec)
             m_schema.setCodec(codecByCodePage(header.codePage));
         const QByteArray block = readSchemaData(device(), header);

@@ -96,11 +96,11 @@ public:
     bool isCheckingValues = false;
     QVector<DbfValueProblem> valueProblems;
     std::unique_ptr<RecordLayout> keptLayout;
-    quint64 openings = 0;      ///< Successful ones.
-    quint64 changes = 0;       ///< How often a header was read or the table closed.
-    quint64 appends = 0;       ///< How often records were written behind the last one.
-    quint64 updates = 0;       ///< How often bytes of a record were written over others.
-    std::optional<qint64> end; ///< Of the file, in bytes, once the first write has asked for it.
+    quint64 openings = 0;          ///< Successful ones.
+    quint64 changes = 0;           ///< How often a header was read or the table closed.
+    quint64 appends = 0;           ///< How often records were written behind the last one.
+    quint64 updates = 0;           ///< How often bytes of a record were written over others.
+    std::optional<qint64> fileEnd; ///< In bytes, once the first write has asked for it.
     std::optional<qint64> missingEndMarker; ///< Where it was overwritten and must stand again.
 };
 

@@ -50,6 +50,7 @@ QVector<DbfRecord> DbfTable::readRecords(int first, int count)
         const size_t length = m_descriptor.recordLength;
         Private::usingLayout(*this, [&](RecordLayout& layout) {
             for (int i = 0; i < count; ++i) {
+                // Of more records than an int numbers, the last ones share its highest.
                 const qint64 index = qMin<qint64>(qint64(first) + i, layout::maxRecordIndex);
                 records.append(layout.parse(all.substr(static_cast<size_t>(i) * length, length),
                                             static_cast<int>(index)));

@@ -291,7 +291,7 @@ void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int 
 
 void DbfTable::Private::seekSlot(DbfTable& table, int index)
 {
-    std::optional<qint64>& end = of(table).end;
+    std::optional<qint64>& end = of(table).fileEnd;
     if (!end)
         end = endOfFile(table.device());
     if (recordOffset(index, table.m_descriptor) > *end)
@@ -389,7 +389,7 @@ void DbfTable::Private::finishAppending(DbfTable& table, int count)
     kept.missingEndMarker.reset();
     DbfTableDescriptor& header = table.m_descriptor;
     header.recordCount += static_cast<quint32>(count);
-    kept.end = std::max(*kept.end, endOfRecords(header) + layout::endMarkerSize);
+    kept.fileEnd = std::max(*kept.fileEnd, endOfRecords(header) + layout::endMarkerSize);
     updateRecordCount(device, header.recordCount);
     try {
         flushWrites(device);

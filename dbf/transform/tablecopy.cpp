@@ -34,6 +34,7 @@ public:
         , m_transform(transform)
         , m_options(options)
         , m_transformer(m_sourceSchema, m_transform)
+        , m_checker(m_transform.schema)
         , m_count(static_cast<int>(m_source.recordCount))
         , m_kept(m_source.recordCount)
     {
@@ -49,7 +50,8 @@ private:
     void requireSameTable() const;
     void writeStart(NewTableDevice& device);
     QByteArray readBatch(int first, int count) const;
-    void copyBatch(const QByteArray& images, QIODevice* target);
+    void copyBatch(const QByteArray& images, int first, QIODevice* target);
+    void requireKeptValues(std::string_view image, int index);
     bool isKept(const char* image) const
     {
         return !m_options.skipDeleted || *image != layout::deletedFlag;
@@ -63,6 +65,7 @@ private:
     const DbfSchemaTransform m_transform;
     const DbfCopyOptions m_options;
     RecordTransformer m_transformer;
+    const ValueChecker m_checker;
     const int m_count;
     quint32 m_kept; // records of the copy
     quint32 m_written = 0;
@@ -96,7 +99,7 @@ bool DbfTable::Private::Copy::run(QIODevice* target)
     do { // A table without records is one batch of none.
         const int batch = std::min(batchSize, m_count - done);
         if (batch > 0)
-            copyBatch(readBatch(done, batch), target);
+            copyBatch(readBatch(done, batch), done, target);
         done += batch;
         if (!goesOn(done))
             return false;
@@ -145,19 +148,31 @@ QByteArray DbfTable::Private::Copy::readBatch(int first, int count) const
     return readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
 }
 
-void DbfTable::Private::Copy::copyBatch(const QByteArray& images, QIODevice* target)
+void DbfTable::Private::Copy::copyBatch(const QByteArray& images, int first, QIODevice* target)
 {
     const int recordLength = m_source.recordLength;
     const char* const end = images.constData() + images.size();
+    int index = first - 1;
     for (const char* record = images.constData(); record < end; record += recordLength) {
+        ++index;
         if (!isKept(record))
             continue;
+        const std::string_view image(record, static_cast<size_t>(recordLength));
+        if (m_options.checkValues)
+            requireKeptValues(image, index);
         m_image.resize(0);
-        m_transformer.append({record, static_cast<size_t>(recordLength)}, m_image);
+        m_transformer.append(image, m_image);
         writeData(target, m_image, m_targetRecordLength);
         ++m_written;
     }
     drainWrites(target);
+}
+
+void DbfTable::Private::Copy::requireKeptValues(std::string_view image, int index)
+{
+    of(m_table).valueProblems = m_transformer.problemsOf(image, index, m_checker);
+    if (!of(m_table).valueProblems.isEmpty())
+        throw WriteError;
 }
 
 bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
@@ -185,6 +200,7 @@ bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& tra
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
                                 const DbfCopyOptions& options)
 {
+    Private::of(*this).valueProblems.clear();
     if (!Private::canCopy(*this, device))
         return false;
     Private::Copy copy(*this, transform, options);
