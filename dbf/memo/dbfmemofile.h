@@ -31,7 +31,8 @@ class DBFTABLE_EXPORT DbfMemoFile
 public:
     /// Borrows \a device, which must outlive the memo file, seek, and tell its size. It is not
     /// touched before the first read, which opens it read-only unless it is open. With a null one,
-    /// or a file without a name, every read fails. \a tableVersion is DbfTableDescriptor::version.
+    /// or a file without a name, every read fails. Close the device to have a file that was
+    /// replaced opened again. \a tableVersion is DbfTableDescriptor::version.
     DbfMemoFile(QIODevice* device, quint8 tableVersion);
 
     DbfMemoFile(const DbfMemoFile&) = delete;
