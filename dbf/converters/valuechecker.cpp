@@ -404,6 +404,8 @@ bool isNothing(const QVariant& value)
 /// What is wrong where the converter itself must be asked.
 Problem askedProblem(const QVariant& value, const DbfColumn& column, const DbfSchema& schema)
 {
+    if (!isWritable(value, column))
+        return Reason::NotWritable;
     const DbfFieldConverter* const converter = converterOf(column);
     const QByteArray bytes = converter->toByteArray(value, schema, column.descriptor);
     if (bytes.size() > column.descriptor.length)

@@ -78,6 +78,8 @@ QString complaint(const DbfValueProblem& problem)
         return QStringLiteral("has characters that the code page lacks");
     case DbfValueProblem::Reason::NotOfType:
         return QStringLiteral("is no ") + kindOfValue(problem.field.type);
+    case DbfValueProblem::Reason::NotWritable:
+        return QStringLiteral("cannot be written");
     case DbfValueProblem::Reason::Changed:
         break;
     }

@@ -139,6 +139,8 @@ private:
         const QVariant old = layout.value(before, column);
         if (isSameValue(old, value))
             return;
+        if (m_checker && !isWritable(value, layout.column(column)))
+            return m_problems.append(*m_checker->problemOf(value, column, 0));
         QByteArray bytes;
         layout.appendValue(value, column, bytes);
         if (viewOf(bytes) == before)

@@ -90,17 +90,6 @@ QByteArray readInBlocks(QIODevice* device, int length)
     return data;
 }
 
-// Goes away and comes back through QIODevice itself, which drops its buffer for every place outside
-// of it, and calls neither the file, which stands where it stood, nor a caller's class of it.
-void dropReadAhead(QIODevice* device)
-{
-    if (!asFileDevice(device))
-        return;
-    const qint64 position = device->pos();
-    device->QIODevice::seek(std::numeric_limits<qint64>::max());
-    device->QIODevice::seek(position);
-}
-
 // A program that has ended cannot have taken in all that it was given: the end of its input was
 // still to come.
 void requireRunning(QIODevice* device)
@@ -150,6 +139,17 @@ quint32 readRecordCount(QIODevice* device)
     dropReadAhead(device);
     const QByteArray bytes = primitives::readData(device, layout::recordCountSize);
     return qFromLittleEndian<quint32>(bytes.constData());
+}
+
+// Goes away and comes back through QIODevice itself, which drops its buffer for every place outside
+// of it, and calls neither the file, which stands where it stood, nor a caller's class of it.
+void dropReadAhead(QIODevice* device)
+{
+    if (!asFileDevice(device))
+        return;
+    const qint64 position = device->pos();
+    device->QIODevice::seek(std::numeric_limits<qint64>::max());
+    device->QIODevice::seek(position);
 }
 
 void requirePlausibleCount(const QIODevice* device, qint64 count,

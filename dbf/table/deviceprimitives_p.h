@@ -45,6 +45,9 @@ void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& desc
 /// Returns the record count in the header on \a device, as it is at that moment. Throws ReadError.
 quint32 readRecordCount(QIODevice* device);
 
+/// Lets the next read of a file see it as it is then, not as it was when Qt read ahead.
+void dropReadAhead(QIODevice* device);
+
 /// Throws ReadError when records have no bytes at all and \a count of them is more than \a device
 /// has bytes: nothing on the device then bounds how many a header can make a caller ask for.
 void requirePlausibleCount(const QIODevice* device, qint64 count,

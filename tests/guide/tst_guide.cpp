@@ -60,6 +60,25 @@ private slots:
         QCOMPARE(currencyText(-7), QStringLiteral("-0.0007"));
     }
 
+    void memoTextIsListed()
+    {
+        const Table notes{{field("NAME", 'C', 3), field("NOTE", 'M', 4)},
+                          {QByteArray(" Ann\1\0\0\0", 8), QByteArray(" Bob\2\0\0\0", 8)},
+                          0x30,
+                          0xC9,
+                          QByteArray(263, '\0')};
+        const QString path = write(notes);
+        const QByteArray header = QByteArray(6, '\0') + "\x02" + QByteArray(505, '\0');
+        writeFile(path + ".FPT", header + QByteArray::fromHex("0000000100000002") + "Hi");
+        QString text;
+        QTextStream out(&text);
+        QVERIFY(listNotes(path, out));
+        QCOMPARE(text, QStringLiteral("Ann Hi \nBob  Memo block 2 cannot be read: it would begin "
+                                      "behind the end of the memo file\n"));
+        QVERIFY(listNotes(write(notes), out));
+        QVERIFY(text.endsWith("Bob  Memo block 2 cannot be read: there is no memo file\n"));
+    }
+
     void ownConverterKeepsMoments()
     {
         QFile file(write({{field("T", 'T', 8), field("C", 'C', 1)}, {"         x"}}));
