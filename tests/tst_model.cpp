@@ -3,7 +3,7 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 #include <QtTest/QtTest>
 
 using namespace dbf;
@@ -24,16 +24,14 @@ private slots:
     void columnsNeedConversionUnlessOnlyNamesDiffer()
     {
         const DbfColumn column(DbfFieldDescriptor::numberField("A", 10, 2));
-        DbfColumn converter = column;
-        converter.setConverter(DbfDoubleConverter::instance());
         const auto needConvert = [&](char type, unsigned char length, unsigned char decimals) {
             return column.needConvert(
                 DbfFieldDescriptor("B", DbfFieldType(type), length, decimals));
         };
-        QVERIFY(!needConvert('N', 10, 2));
-        QVERIFY(needConvert('C', 10, 2));
-        QVERIFY(needConvert('N', 11, 2));
-        QVERIFY(needConvert('N', 10, 3));
+        QVERIFY(!needConvert('N', 10, 2) && needConvert('C', 10, 2));
+        QVERIFY(needConvert('N', 11, 2) && needConvert('N', 10, 3));
+        DbfColumn converter = column;
+        converter.setConverter(DbfDoubleConverter::instance());
         QVERIFY(column.needConvert(converter));
     }
 
