@@ -31,11 +31,11 @@ QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int mi
 struct Units {
     __extension__ using Integer = unsigned __int128;
 
-    explicit Units(const QByteArray& number)
-        : scale(number.contains('.') ? int(number.size() - number.indexOf('.')) - 1 : 0)
-        , isNegative(number.startsWith('-'))
+    explicit Units(const QByteArray& digits)
+        : scale(digits.contains('.') ? int(digits.size() - digits.indexOf('.')) - 1 : 0)
+        , isNegative(digits.startsWith('-'))
     {
-        for (const char character : number) {
+        for (const char character : digits) {
             if (character >= '0') // neither sign nor point
                 units = units * 10 + Integer(character - '0');
         }
@@ -353,7 +353,7 @@ private slots:
                 for (const int length : {0, 1, 4, 8, 255}) {
                     const auto field = described(static_cast<char>(letter), length);
                     DbfFieldConverter* const expected = chosen(static_cast<char>(letter), length,
-                                                               version == 0x30 || version == 0x31);
+                                                               version >= 0x30 && version <= 0x32);
                     QCOMPARE(nullableConverter(field, table), expected);
                     QCOMPARE(nullableColumn(field, table).converter, expected);
                 }
