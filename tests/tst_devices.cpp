@@ -154,9 +154,16 @@ private slots:
             RecordingDevice target;
             QVERIFY(!table->copyAndTransform(&target, identityOf(*table)));
         }
-        none.error(DbfTable::NoError);
-        QVERIFY(none.isActual() && none.actualize() && !none.reopen());
-        QCOMPARE(none.lastError(), DbfTable::OpenError);
+        QBuffer buffer;
+        QFile file(path("a.dbf"));
+        DbfTable unopenedBuffer(&buffer);
+        DbfTable unopenedFile(&file);
+        QVERIFY(none.isActual() && none.actualize());
+        for (DbfTable* table : {&none, &unopenedBuffer, &unopenedFile}) {
+            table->error(DbfTable::NoError);
+            QVERIFY(!table->reopen());
+            QCOMPARE(table->lastError(), DbfTable::OpenError);
+        }
         none.error(DbfTable::NoError);
         QVERIFY(!none.create({}));
         QCOMPARE(none.lastError(), DbfTable::OpenError);

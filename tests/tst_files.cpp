@@ -224,18 +224,6 @@ private slots:
         QCOMPARE(open.device.log(), QStringList("seek 140"));
     }
 
-    void tableThatWasNeverOpenedDoesNotReopen()
-    {
-        QBuffer buffer;
-        QFile file(path());
-        for (QIODevice* const device :
-             {static_cast<QIODevice*>(&buffer), static_cast<QIODevice*>(&file)}) {
-            DbfTable table(device);
-            QVERIFY(!table.reopen());
-            QCOMPARE(table.lastError(), DbfTable::OpenError);
-        }
-    }
-
 private:
     QString path() const { return m_folder.filePath("a.dbf"); }
 
