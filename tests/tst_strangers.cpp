@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "filesizelimit.h"
 #include "testtables.h"
 
 #include <QtCore/QBuffer>
@@ -118,6 +119,14 @@ private slots:
             QVERIFY(moved.actualize() && moved.acceptedVersions() == DbfTable::AllVersions);
             QCOMPARE(moved.readRecord(2).values.first(), QVariant("Carl"));
         }
+    }
+
+    void columnsOfADefaultVersionAreReadFromTheDevice()
+    {
+        OpenTable open(sample().bytes());
+        QVERIFY(open.device.seek(32));
+        QCOMPARE(DbfTable::readSchemaData(&open.device, open.table.descriptor()),
+                 sample().bytes().mid(32, 96));
     }
 
     void tableOfAnotherVersionIsWrittenAndCopied()
@@ -257,6 +266,24 @@ private slots:
         QVERIFY(DbfTable(&buffer).create(schema, DbfCodePage(0x65)));
         QCOMPARE(quint8(buffer.data().at(29)), quint8(0x65));
         QCOMPARE(buffer.data().at(32), '\x86');
+        struct Named : QTextCodec {
+            QByteArray ownName;
+            explicit Named(const char* given) : ownName(given) {}
+            QByteArray name() const override { return ownName; }
+            int mibEnum() const override { return 1; }
+            QString convertToUnicode(const char*, int, ConverterState*) const override
+            {
+                return {};
+            }
+            QByteArray convertFromUnicode(const QChar*, int, ConverterState*) const override
+            {
+                return {};
+            }
+        };
+        QCOMPARE(DbfTable::codePageByCodec(QScopedPointer(new Named("Windows-1251")).data()),
+                 DbfCodePage::Windows1251);
+        QCOMPARE(DbfTable::codePageByCodec(QScopedPointer(new Named("IBM 866")).data()),
+                 DbfCodePage::IBM866);
         QVERIFY(DbfTable(&buffer).create(schema));
         QCOMPARE(buffer.data().at(29), '\0');
         QCOMPARE(buffer.data().at(32), '\xC6');
@@ -318,8 +345,15 @@ private slots:
         table.close();
         QVERIFY(!table.copyAndTransform(&target, identityOf(table)));
         QCOMPARE(said(), QString("The table cannot be copied: it is not open"));
-        table.error(DbfTable::WriteError);
-        QCOMPARE(said(), QString("The table cannot be written"));
+        QStringList texts;
+        for (const int code : {0, 1, 2, 3, 5, 7, 9}) {
+            table.error(DbfTable::DbfTableError(code));
+            texts << said();
+        }
+        QCOMPARE(texts.mid(0, 4),
+                 (QStringList{"", "The table cannot be opened", "The table cannot be read",
+                              "The table cannot be written"}));
+        QCOMPARE(texts.removeDuplicates(), 0);
     }
 
     void refusedWritesSayWhy()
@@ -407,6 +441,9 @@ private slots:
         QVERIFY(QFile::link(file.path, link));
         QString error = "x";
         QVERIFY(packFile(link, {}, &error) && error.isEmpty());
+        TableFile empty(Table{{field("A", 'C', 1)}}.bytes());
+        QVERIFY(packFile(empty.path));
+        QCOMPARE(readFile(empty.path), (Table{{field("A", 'C', 1)}}.bytes()));
         QByteArray packed = bytes.left(129 + 11) + bytes.mid(129 + 22, 11) + '\x1A';
         packed[4] = 2;
         QCOMPARE(readFile(file.path), packed);
@@ -433,6 +470,10 @@ private slots:
         QVERIFY(!restructureFile(file.path, narrow, {}, &error));
         QVERIFY2(error.contains("Record 1 of 3, NAME: "), qPrintable(error));
         options.checkValues = false;
+        options.converterChoice = [](const auto&, const auto&) {
+            return DbfByteArrayConverter::instance();
+        };
+        options.codecChoice = [](const auto&) { return codec(2086); };
         QVERIFY(readFile(file.path) == wide && restructureFile(file.path, narrow, options));
         QVERIFY(file.isAlone());
     }
@@ -445,6 +486,8 @@ private slots:
         const QByteArray whole = sample().bytes();
         QTest::newRow("stopped") << whole << 1 << "";
         QTest::newRow("thrown") << whole << 2 << "";
+        QTest::newRow("full disk")
+            << whole << 3 << "The new file cannot be written: File too large";
         QTest::newRow("cut") << whole.left(129 + 15) << 0 << "the file ends after 1";
         QTest::newRow("no table") << QByteArray("abc") << 0 << "no table";
         QTest::newRow("no records")
@@ -461,11 +504,12 @@ private slots:
         TableFile file(bytes);
         DbfFileOptions options;
         options.progress = [stopAt](int, int) {
-            return stopAt == 2 ? throw std::runtime_error("stop") : stopAt == 0;
+            return stopAt == 2 ? throw std::runtime_error("stop") : stopAt != 1;
         };
         for (const bool packs : {true, false}) {
             QString error;
             const auto rewrite = [&] {
+                const FileSizeLimit limit(stopAt == 3 ? 100 : 1000000);
                 return packs ? packFile(file.path, options, &error)
                              : restructureFile(
                                    file.path, [](auto&) {}, options, &error);
@@ -474,6 +518,8 @@ private slots:
                 QVERIFY_EXCEPTION_THROWN(rewrite(), std::runtime_error);
             else
                 QVERIFY(!rewrite());
+            if (!packs && stopAt == 3)
+                text = "The table cannot be copied: File too large";
             QVERIFY2(error.contains(text) && error.isEmpty() == text.isEmpty(), qPrintable(error));
             QVERIFY(readFile(file.path) == bytes && file.isAlone());
         }

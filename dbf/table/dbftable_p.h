@@ -66,7 +66,7 @@ public:
         } catch (...) {
             Private& kept = of(table);
             if (kept.reason.isEmpty())
-                kept.reason = errortext::ofDevice(table.device());
+                kept.reason = errortext::ofFailedWrite(table.device());
             dropGatheredWrites(table.device());
             throw;
         }

@@ -43,19 +43,19 @@ bool isKnown(quint8 version)
 
 QString ofCode(DbfTable::DbfTableError code)
 {
-    switch (code) {
-    case DbfTable::NoError:
-        return {};
-    case DbfTable::OpenError:
-        return QStringLiteral("The table cannot be opened");
-    case DbfTable::ReadError:
-        return QStringLiteral("The table cannot be read");
-    case DbfTable::WriteError:
-        return QStringLiteral("The table cannot be written");
-    case DbfTable::UnsupportedVersionError:
-        return QStringLiteral("The table's version is not read");
-    case DbfTable::HeaderTooLongError:
-        return QStringLiteral("The header or a record would be longer than 65535 bytes");
+    struct Text {
+        DbfTable::DbfTableError code;
+        const char* text;
+    };
+    static constexpr Text texts[] = {
+        {DbfTable::OpenError, "The table cannot be opened"},
+        {DbfTable::ReadError, "The table cannot be read"},
+        {DbfTable::WriteError, "The table cannot be written"},
+        {DbfTable::UnsupportedVersionError, "The table's version is not read"},
+        {DbfTable::HeaderTooLongError, "The header or a record would be longer than 65535 bytes"}};
+    for (const Text& known : texts) {
+        if (known.code == code)
+            return QLatin1String(known.text);
     }
     return QStringLiteral("The table failed"); // as a caller may record any number
 }
@@ -71,13 +71,21 @@ QString ofVersion(quint8 version, DbfTable::AcceptedVersions accepted)
 
 QString ofDevice(const QIODevice* device)
 {
-    if (!device)
+    const auto* const file = qobject_cast<const QFileDevice*>(device);
+    if (file && file->error() == QFileDevice::NoError)
         return {};
-    if (const auto* const file = qobject_cast<const QFileDevice*>(device))
-        return file->error() == QFileDevice::NoError ? QString() : file->errorString();
     static const QString nothingSaid = QBuffer().errorString();
-    const QString said = device->errorString();
-    return said == nothingSaid ? QString() : said;
+    QString said = device->errorString();
+    if (said == nothingSaid)
+        said.clear();
+    return said;
+}
+
+QString ofFailedWrite(QIODevice* device)
+{
+    if (auto* const file = qobject_cast<QFileDevice*>(device))
+        file->flush();
+    return ofDevice(device);
 }
 
 QString obstacle(const QIODevice* device, bool writing)
@@ -99,16 +107,18 @@ QString obstacle(const QIODevice* device, bool writing)
 
 QString records(qint64 first, qint64 count, qint64 total)
 {
-    return count == 1 ? QStringLiteral("Record %1 of %2").arg(first + 1).arg(total)
-                      : QStringLiteral("Records %1 to %2 of %3")
-                            .arg(first + 1)
-                            .arg(first + count)
-                            .arg(total);
+    const QString start = QString::number(first + 1);
+    const QString all = QString::number(total);
+    if (count == 1)
+        return QStringLiteral("Record %1 of %2").arg(start, all);
+    return QStringLiteral("Records %1 to %2 of %3").arg(start, QString::number(first + count), all);
 }
 
 QString because(const QString& what, const QString& reason)
 {
-    return reason.isEmpty() ? what : what + QStringLiteral(": ") + reason;
+    if (reason.isEmpty())
+        return what;
+    return what + QStringLiteral(": ") + reason;
 }
 
 std::optional<qint64> wholeRecords(const QIODevice* device, const DbfTableDescriptor& descriptor)

@@ -20,8 +20,12 @@ QString ofCode(DbfTable::DbfTableError code);
 /// Returns why tables of that version are not opened when \a accepted are.
 QString ofVersion(quint8 version, DbfTable::AcceptedVersions accepted);
 
-/// Returns what \a device, which may be null, says itself of its last failure; empty for nothing.
+/// Returns what \a device says itself of its last failure; empty for nothing.
 QString ofDevice(const QIODevice* device);
+
+/// Does the same for a device that did not take all that it was given. Of a file, only the rest
+/// brings out why, so it is tried once more, at its place.
+QString ofFailedWrite(QIODevice* device);
 
 /// Returns what keeps \a device from being read or, when \a writing, written; what it says of its
 /// last failure; empty for nothing.

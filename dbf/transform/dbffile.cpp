@@ -30,7 +30,22 @@ char withoutIndex(char flags)
     return static_cast<char>(flags & ~hasIndex);
 }
 
-/// A file that is being rewritten.
+/// Why a file is not rewritten; empty when progress stopped it.
+struct Failure {
+    QString text;
+};
+
+[[noreturn]] void fail(const QString& what, const QString& reason = {})
+{
+    throw Failure{errortext::because(what, reason)};
+}
+
+QTextCodec* codecByDriver(const DbfTableDescriptor& table)
+{
+    return DbfTable::codecByLanguageDriver(static_cast<quint8>(table.codePage));
+}
+
+/// A file that is being rewritten. Its functions throw a Failure.
 class Rewriting
 {
 public:
@@ -43,36 +58,20 @@ public:
     {
     }
 
-    /// Rewrites it by \a operation, which writes the target and returns whether it is whole.
-    template <typename Operation>
-    bool run(Operation operation)
-    {
-        return start() && operation(*this) && finish();
-    }
-
-    bool pack();
-    bool restructure(const std::function<void(DbfSchemaTransform&)>& edit);
-    QString errorString() const { return m_error; }
+    void start();
+    void pack();
+    void restructure(const std::function<void(DbfSchemaTransform&)>& edit);
+    void finish();
 
 private:
-    bool start();
-    bool finish();
-    bool copyKept(quint32& kept);
-    bool read(int first, int count, QByteArray& images);
-    bool write(const QByteArray& bytes);
-    bool goesOn(int done) const
+    quint32 copyKept();
+    QByteArray read(int first, int count);
+    void write(qint64 position, const QByteArray& bytes);
+    void requireWritten(bool written)
     {
-        return !m_options.progress || m_options.progress(done, m_table.recordCount());
-    }
-    bool fail(const QString& what)
-    {
-        m_error = what;
-        return false;
-    }
-    bool writingFails()
-    {
-        return fail(errortext::because(QStringLiteral("The new file cannot be written"),
-                                       m_target.errorString()));
+        if (written)
+            return;
+        fail(QStringLiteral("The new file cannot be written"), errortext::ofFailedWrite(&m_target));
     }
 
     const DbfFileOptions m_options;
@@ -83,98 +82,93 @@ private:
     qint64 m_size = 0;
     QDateTime m_modified;
     QByteArray m_start; // what stands before the records
-    QString m_error;
 };
 
-bool Rewriting::start()
+void Rewriting::start()
 {
     const QFileInfo file(m_path);
-    if (m_path.isEmpty() || !file.isFile())
-        return fail(QStringLiteral("There is no such file"));
+    if (!file.isFile())
+        fail(QStringLiteral("There is no such file"));
     m_size = file.size();
     m_modified = file.lastModified();
-    const DbfTable::CodecChoice byDriver = [](const DbfTableDescriptor& table) {
-        return DbfTable::codecByLanguageDriver(static_cast<quint8>(table.codePage));
-    };
     m_table.setAcceptedVersions(m_options.acceptedVersions);
-    m_table.setConverterChoice(m_options.converterChoice ? m_options.converterChoice
-                                                         : nullableConverter);
-    m_table.setCodecChoice(m_options.codecChoice ? m_options.codecChoice : byDriver);
+    m_table.setConverterChoice(nullableConverter);
+    if (m_options.converterChoice)
+        m_table.setConverterChoice(m_options.converterChoice);
+    m_table.setCodecChoice(codecByDriver);
+    if (m_options.codecChoice)
+        m_table.setCodecChoice(m_options.codecChoice);
     if (!m_table.open(QIODevice::ReadOnly))
-        return fail(m_table.errorString());
-    if (m_table.descriptor().recordLength == 0 || !m_file.seek(0))
-        return fail(QStringLiteral("This is no table: its records have no bytes"));
+        fail(m_table.errorString());
+    if (m_table.descriptor().recordLength == 0)
+        fail(QStringLiteral("This is no table: its records have no bytes"));
+    m_file.seek(0);
     m_start = m_file.read(m_table.descriptor().headerLength);
     if (m_start.size() < m_table.descriptor().headerLength)
-        return fail(errortext::because(QStringLiteral("The header cannot be read"),
-                                       errortext::ofDevice(&m_file)));
+        fail(QStringLiteral("The header cannot be read"), errortext::ofDevice(&m_file));
     if ((m_start.at(layout::tableFlagsOffset) & hasIndex) && !m_options.ignoreIndexes)
-        return fail(QStringLiteral("An index file belongs to the table, which would be wrong"));
-    return true;
-}
-
-bool Rewriting::write(const QByteArray& bytes)
-{
-    return m_target.write(bytes) == bytes.size() || writingFails();
-}
-
-bool Rewriting::pack()
-{
-    if (!m_target.open(QIODevice::WriteOnly))
-        return writingFails();
+        fail(QStringLiteral("An index file belongs to the table, which would be wrong"));
     m_start[layout::tableFlagsOffset] = withoutIndex(m_start.at(layout::tableFlagsOffset));
-    quint32 kept = 0;
-    if (!write(m_start) || !copyKept(kept) || !write(QByteArray(1, layout::endMarker)))
-        return false;
+}
+
+void Rewriting::write(qint64 position, const QByteArray& bytes)
+{
+    if (m_target.pos() != position) {
+        requireWritten(m_target.flush()); // which seek() does, too, but forgets why it failed
+        requireWritten(m_target.seek(position));
+    }
+    requireWritten(m_target.write(bytes) == bytes.size());
+}
+
+void Rewriting::pack()
+{
+    requireWritten(m_target.open(QIODevice::WriteOnly));
+    write(0, m_start);
+    const quint32 kept = copyKept();
+    write(m_target.pos(), QByteArray(1, layout::endMarker));
     char count[layout::recordCountSize];
     qToLittleEndian(kept, count);
-    return (m_target.seek(layout::recordCountOffset) || writingFails()) &&
-           write(QByteArray(count, layout::recordCountSize));
+    write(layout::recordCountOffset, QByteArray(count, layout::recordCountSize));
 }
 
-bool Rewriting::copyKept(quint32& kept)
+quint32 Rewriting::copyKept()
 {
     const int length = m_table.descriptor().recordLength;
     const int total = m_table.recordCount();
     const int batch = std::max(batchBytes / length, 1);
+    quint32 kept = 0;
     int done = 0;
     do { // A table without records is one batch of none.
         const int count = std::min(batch, total - done);
-        QByteArray images;
-        if (!read(done, count, images))
-            return false;
+        const QByteArray images = read(done, count);
         QByteArray live;
         for (int start = 0; start < images.size(); start += length) {
             if (images.at(start) != layout::deletedFlag)
                 live.append(images.constData() + start, length);
         }
         kept += static_cast<quint32>(live.size() / length);
-        if (!write(live))
-            return false;
+        write(m_target.pos(), live);
         done += count;
-        if (!goesOn(done))
-            return false;
+        if (m_options.progress && !m_options.progress(done, total))
+            throw Failure{};
     } while (done < total);
-    return true;
+    return kept;
 }
 
-bool Rewriting::read(int first, int count, QByteArray& images)
+QByteArray Rewriting::read(int first, int count)
 {
-    if (count == 0)
-        return true;
     try {
-        images = DbfTable::readRecordsData(&m_file, first, static_cast<unsigned>(count),
-                                           m_table.descriptor());
-        return true;
+        return DbfTable::readRecordsData(&m_file, first, static_cast<unsigned>(count),
+                                         m_table.descriptor());
     } catch (DbfTable::DbfTableError) {
         const qint64 whole = errortext::wholeRecords(&m_file, m_table.descriptor()).value_or(first);
-        return fail(errortext::because(errortext::records(whole, 1, m_table.recordCount()) +
-                                           QStringLiteral(" cannot be read"),
-                                       QStringLiteral("the file ends after %1").arg(whole)));
+        fail(errortext::records(whole, 1, m_table.recordCount()) +
+                 QStringLiteral(" cannot be read"),
+             QStringLiteral("the file ends after %1").arg(whole));
     }
 }
 
-bool Rewriting::restructure(const std::function<void(DbfSchemaTransform&)>& edit)
+void Rewriting::restructure(const std::function<void(DbfSchemaTransform&)>& edit)
 {
     DbfSchemaTransform transform = DbfSchemaTransform::identity(m_table.schema());
     edit(transform);
@@ -184,32 +178,38 @@ bool Rewriting::restructure(const std::function<void(DbfSchemaTransform&)>& edit
     options.codePage = m_options.codePage;
     options.checkValues = m_options.checkValues;
     if (!m_table.copyAndTransform(&m_target, transform, options))
-        return fail(m_table.errorString());
-    const char flags = withoutIndex(m_start.at(layout::tableFlagsOffset));
-    return (m_target.seek(layout::tableFlagsOffset) || writingFails()) &&
-           write(QByteArray(1, flags));
+        fail(m_table.errorString());
+    write(layout::tableFlagsOffset, m_start.mid(layout::tableFlagsOffset, 1));
 }
 
 // commit() reports success when the last buffered write fails, so that write comes before.
-bool Rewriting::finish()
+void Rewriting::finish()
 {
-    if (!m_target.flush())
-        return writingFails();
+    requireWritten(m_target.flush());
     const QFileInfo now(m_path);
     if (now.size() != m_size || now.lastModified() != m_modified)
-        return fail(QStringLiteral("Another program has changed the file meanwhile"));
+        fail(QStringLiteral("Another program has changed the file meanwhile"));
     m_target.setPermissions(now.permissions());
-    return m_target.commit() || writingFails();
+    requireWritten(m_target.commit());
 }
 
 template <typename Operation>
 bool rewrite(const QString& path, const DbfFileOptions& options, QString* errorString,
              Operation operation)
 {
-    Rewriting rewriting(path, options);
-    const bool done = rewriting.run(operation);
+    QString text;
+    bool done = false;
+    try {
+        Rewriting rewriting(path, options);
+        rewriting.start();
+        operation(rewriting);
+        rewriting.finish();
+        done = true;
+    } catch (const Failure& failure) {
+        text = failure.text;
+    }
     if (errorString)
-        *errorString = rewriting.errorString();
+        *errorString = text;
     return done;
 }
 
@@ -217,8 +217,7 @@ bool rewrite(const QString& path, const DbfFileOptions& options, QString* errorS
 
 bool packFile(const QString& path, const DbfFileOptions& options, QString* errorString)
 {
-    return rewrite(path, options, errorString,
-                   [](Rewriting& rewriting) { return rewriting.pack(); });
+    return rewrite(path, options, errorString, [](Rewriting& rewriting) { rewriting.pack(); });
 }
 
 bool restructureFile(const QString& path,
@@ -226,7 +225,7 @@ bool restructureFile(const QString& path,
                      const DbfFileOptions& options, QString* errorString)
 {
     return rewrite(path, options, errorString,
-                   [&edit](Rewriting& rewriting) { return rewriting.restructure(edit); });
+                   [&edit](Rewriting& rewriting) { rewriting.restructure(edit); });
 }
 
 } // namespace dbf

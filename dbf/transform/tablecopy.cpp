@@ -45,7 +45,7 @@ public:
     bool count();
 
     /// Says why the copy failed with \a code.
-    QString whyFailed(DbfTableError code, const QIODevice* target) const;
+    QString whyFailed(DbfTableError code) const;
 
     /// Writes the whole copy onto \a target. Returns false when progress stops it.
     bool run(QIODevice* target);
@@ -53,6 +53,7 @@ public:
 private:
     void requireSameTable() const;
     void writeStart(NewTableDevice& device);
+    bool copyRecords(QIODevice* target);
     QByteArray readBatch(int first, int count);
     void copyBatch(const QByteArray& images, int first, QIODevice* target);
     void requireKeptValues(std::string_view image, int index);
@@ -76,6 +77,7 @@ private:
     int m_batchStart = 0; // of the last batch read
     int m_batchSize = 0;
     bool m_isComplete = false;
+    QString m_targetText; // what the target said before it was given up
     QByteArray m_image;
     int m_targetRecordLength = 0;
 };
@@ -100,7 +102,24 @@ bool DbfTable::Private::Copy::count()
 bool DbfTable::Private::Copy::run(QIODevice* target)
 {
     NewTableDevice device(target);
-    writeStart(device);
+    try {
+        writeStart(device);
+        if (!copyRecords(target))
+            return false;
+        requireSameTable();
+        m_isComplete = true;
+        if (m_written != m_kept)
+            throw WriteError;
+        device.finish();
+        return true;
+    } catch (DbfTableError) {
+        m_targetText = errortext::ofFailedWrite(target);
+        throw;
+    }
+}
+
+bool DbfTable::Private::Copy::copyRecords(QIODevice* target)
+{
     const int batchSize = maxBatchSize / m_source.recordLength;
     int done = 0;
     do { // A table without records is one batch of none.
@@ -111,11 +130,6 @@ bool DbfTable::Private::Copy::run(QIODevice* target)
         if (!goesOn(done))
             return false;
     } while (done < m_count);
-    requireSameTable();
-    m_isComplete = true;
-    if (m_written != m_kept)
-        throw WriteError;
-    device.finish();
     return true;
 }
 
@@ -204,7 +218,7 @@ QString DbfTable::Private::whyNoCopy(const DbfTable& table, const QIODevice* tar
     return errortext::obstacle(table.device(), false);
 }
 
-QString DbfTable::Private::Copy::whyFailed(DbfTableError code, const QIODevice* target) const
+QString DbfTable::Private::Copy::whyFailed(DbfTableError code) const
 {
     if (of(m_table).openings != m_opening)
         return QStringLiteral("it was opened anew meanwhile");
@@ -219,7 +233,7 @@ QString DbfTable::Private::Copy::whyFailed(DbfTableError code, const QIODevice* 
         return unreadable(m_table, m_batchStart, m_batchSize);
     if (m_isComplete && m_written != m_kept)
         return QStringLiteral("records were marked deleted or taken back meanwhile");
-    return errortext::ofDevice(target);
+    return m_targetText;
 }
 
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
@@ -257,7 +271,7 @@ bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& tra
             return fails(errortext::ofDevice(device));
         return copy.run(device);
     } catch (DbfTableError code) {
-        return fails(copy.whyFailed(code, device));
+        return fails(copy.whyFailed(code));
     }
 }
 
