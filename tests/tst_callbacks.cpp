@@ -147,6 +147,10 @@ private slots:
                 t.records[2] = image("outer");
             return updated;
         });
+        rows("checked update", 1, [](MeddledTable& t) {
+            t.table.setCheckingValues(true);
+            return t.update(2, "nine.byte"); // as they are read
+        });
         rows("append", 1, [](MeddledTable& t) { return t.append("outer", 1); });
         rows("bulk append", 1, [](MeddledTable& t) { return t.append("outer", 20000); });
         rows("bulk append under way", 15000,

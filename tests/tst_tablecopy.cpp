@@ -190,20 +190,19 @@ private slots:
         Table expected = sample();
         expected.records.remove(1);
         for (const int stopAt : {0, 1, 2}) {
-            QVector<QPair<int, int>> calls;
+            QStringList calls;
             DbfCopyOptions options;
             options.skipDeleted = true;
             options.progress = [&](int done, int total) {
-                calls.append({done, total});
+                calls << QString::number(done) + '/' + QString::number(total);
                 return calls.size() != stopAt;
             };
             Device target;
             QCOMPARE(source.table.copyAndTransform(&target, identityOf(source.table), options),
                      stopAt == 0);
-            QCOMPARE(calls, (QVector<QPair<int, int>>{{0, 3}, {3, 3}}).mid(0, stopAt ? stopAt : 2));
+            QCOMPARE(calls, QStringList({"0/3", "3/3"}).mid(0, stopAt ? stopAt : 2));
             QCOMPARE(target.log().isEmpty(), stopAt == 1); // the counting pass opens no target
-            if (stopAt == 0)
-                QCOMPARE(target.content, expected.bytes());
+            QCOMPARE(target.content == expected.bytes(), stopAt == 0);
         }
     }
 
