@@ -137,8 +137,6 @@ private:
             return;
         QByteArray bytes;
         layout.appendValue(value, column, bytes);
-        if (viewOf(bytes) == before)
-            return;
         if (old.userType() == value.userType() && old.userType() >= QMetaType::User) {
             QByteArray oldBytes;
             layout.appendValue(old, column, oldBytes);
@@ -149,6 +147,8 @@ private:
             if (const auto problem = m_checker->problemOf(value, column, 0))
                 return m_problems.append(*problem);
         }
+        if (viewOf(bytes) == before)
+            return;
         if (static_cast<size_t>(bytes.size()) != before.size() ||
             bytes.size() != layout.column(column).descriptor.length)
             throw WriteError;
