@@ -33,6 +33,7 @@
 #include <dbf/decimal/qdeccontext.h>
 #include <dbf/decimal/qdecnumber.h>
 #include <dbf/format/dbfcodepage.h>
+#include <dbf/format/dbflanguagedriver.h>
 #include <dbf/format/dbfnullablecolumn.h>
 #include <dbf/format/dbftabledescriptor.h>
 #include <dbf/memo/dbfmemoconverter.h>

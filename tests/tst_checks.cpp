@@ -295,6 +295,8 @@ private slots:
         QVERIFY(open.table.appendRecords(records.mid(0, 3)));
         QVERIFY(open.table.valueProblems().isEmpty());
         QVERIFY(!open.table.appendRecord(bad));
+        QVERIFY(open.table.updateValues(DbfRecord(1, {"Rober"})));
+        QVERIFY(!open.table.updateValues(DbfRecord(1, {"Robert"}))); // cut, it stands there already
         QVERIFY(open.table.updateValues(DbfRecord(1, {"Rob"})));
         QVERIFY(open.table.valueProblems().isEmpty());
         QCOMPARE(open.table.recordCount(), 6);

@@ -242,9 +242,7 @@ private slots:
         OpenTable open(dos.bytes());
         const QString anna = QStringLiteral("\u0410\u043D\u043D\u0430");
         QVERIFY(open.table.readRecord(0).values.first() != anna);
-        open.table.setCodecChoice([](const DbfTableDescriptor& table) {
-            return DbfTable::codecByLanguageDriver(int(table.codePage));
-        });
+        open.table.setCodecChoice(codecOfLanguageDriver);
         QVERIFY(open.table.reopen());
         QCOMPARE(open.table.readRecord(0).values.first(), QVariant(anna));
         open.table.overrideTextCodec(codec(2251));

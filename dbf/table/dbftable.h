@@ -184,8 +184,8 @@ public:
 
     /// Chooses whether updateRecord(), updateValues(), appendRecord() and appendRecords() look at
     /// the values first (see checkValues()) and refuse a record with problems: false is returned,
-    /// nothing recorded, nothing written. updateValues() looks at the fields that it would write
-    /// alone. Off in a new table; moves and swaps take it along.
+    /// nothing recorded, nothing written. updateValues() looks at the values that differ from
+    /// the stored ones alone. Off in a new table; moves and swaps take it along.
     void setCheckingValues(bool checking);
 
     /// Returns whether values are looked at before they are written.

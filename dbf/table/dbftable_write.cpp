@@ -143,8 +143,6 @@ private:
             return m_problems.append(*m_checker->problemOf(value, column, 0));
         QByteArray bytes;
         layout.appendValue(value, column, bytes);
-        if (viewOf(bytes) == before)
-            return;
         if (old.userType() == value.userType() && old.userType() >= QMetaType::User) {
             QByteArray oldBytes;
             layout.appendValue(old, column, oldBytes);
@@ -155,6 +153,8 @@ private:
             if (const auto problem = m_checker->problemOf(value, column, 0))
                 return m_problems.append(*problem);
         }
+        if (viewOf(bytes) == before)
+            return;
         if (static_cast<size_t>(bytes.size()) != before.size() ||
             bytes.size() != layout.column(column).descriptor.length)
             throw WriteError;

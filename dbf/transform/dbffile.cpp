@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/format/dbflanguagedriver.h>
 #include <dbf/format/dbfnullablecolumn.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/table/deviceprimitives_p.h>
@@ -38,11 +39,6 @@ struct Failure {
 [[noreturn]] void fail(const QString& what, const QString& reason = {})
 {
     throw Failure{errortext::because(what, reason)};
-}
-
-QTextCodec* codecByDriver(const DbfTableDescriptor& table)
-{
-    return DbfTable::codecByLanguageDriver(static_cast<quint8>(table.codePage));
 }
 
 /// A file that is being rewritten. Its functions throw a Failure.
@@ -95,7 +91,7 @@ void Rewriting::start()
     m_table.setConverterChoice(nullableConverter);
     if (m_options.converterChoice)
         m_table.setConverterChoice(m_options.converterChoice);
-    m_table.setCodecChoice(codecByDriver);
+    m_table.setCodecChoice(codecOfLanguageDriver);
     if (m_options.codecChoice)
         m_table.setCodecChoice(m_options.codecChoice);
     if (!m_table.open(QIODevice::ReadOnly))

@@ -6,10 +6,7 @@
 #include "quickstart/tableprinter.h"
 
 #include <QtCore/QDate>
-#include <QtCore/QLocale>
 #include <QtCore/QRegularExpression>
-
-#include <cmath>
 
 using namespace dbf;
 
@@ -30,7 +27,7 @@ DbfFieldDescriptor textField(const DbfFieldDescriptor& field)
     const auto letter = static_cast<char>(field.type);
     if (textTypes().contains(letter))
         return field;
-    if (letter == 'I' || (letter == 'M' && field.length == 4))
+    if (letter == 'I')
         return DbfFieldDescriptor::numberField(field.name, 11, 0);
     if (letter == 'Y')
         return DbfFieldDescriptor::numberField(field.name, 21, 4);
@@ -51,41 +48,6 @@ bool isPossible(int length, char letter)
     default:
         return length >= 1 && length <= longestField;
     }
-}
-
-/// Returns the bytes of a date, none if \a cell is no date.
-QByteArray dateBytes(const QString& cell)
-{
-    const QDate date = QDate::fromString(cell, Qt::ISODate);
-    return date.isValid() ? date.toString(QStringLiteral("yyyyMMdd")).toLatin1() : QByteArray();
-}
-
-/// Returns the bytes of a truth value or of "?", which means that it is not known.
-QByteArray logicalBytes(const QString& cell)
-{
-    return cell.size() == 1 && QStringLiteral("TtFfYyNn?").contains(cell) ? cell.toLatin1()
-                                                                          : QByteArray();
-}
-
-/// Returns the digits as they were written, right-justified as numbers stand in a table.
-QByteArray numberBytes(const QString& cell, int length)
-{
-    bool isNumber = false;
-    const double number = cell.toDouble(&isNumber);
-    return isNumber && std::isfinite(number) ? cell.toLatin1().rightJustified(length)
-                                             : QByteArray();
-}
-
-/// The converter cuts what is too long and puts something else for unknown characters. Reading the
-/// bytes back tells whether that happened.
-QByteArray textBytes(const QString& cell, const DbfSchema& schema, const DbfFieldDescriptor& field)
-{
-    const auto* converter = DbfStringConverter::instance();
-    bool fits = false;
-    const QByteArray bytes =
-        DbfStringConverter::fromUnicode(cell, field.length, schema.codec, &fits);
-    const bool isSame = converter->toVariant(bytes, schema, field).toString() == cell;
-    return fits && isSame ? bytes.leftJustified(field.length) : QByteArray();
 }
 
 } // namespace
@@ -119,33 +81,13 @@ bool parseHeaderCell(const QString& cell, DbfFieldDescriptor* field)
 
 QString cellText(const DbfRecordCursor& cursor, int column, const DbfFieldDescriptor& field)
 {
-    const auto letter = static_cast<char>(field.type);
-    if (letter == 'D') {
-        const QDate date = cursor.value(column).toDate();
-        return date.isValid() ? date.toString(Qt::ISODate) : cursor.text(column).toString();
-    }
-    if (textTypes().contains(letter))
-        return cursor.text(column).toString();
     const QVariant value = cursor.value(column);
-    // As many digits as it takes to read the same number back.
-    return value.userType() == QMetaType::Double
-               ? QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest)
-               : valueText(value, field);
-}
-
-bool fieldBytes(const QString& cell, const DbfSchema& schema, const DbfFieldDescriptor& field,
-                QByteArray* bytes)
-{
-    const QString text = cell.trimmed();
-    if (text.isEmpty())
-        *bytes = QByteArray(field.length, ' ');
-    else if (field.type == DbfFieldType::Date)
-        *bytes = dateBytes(text);
-    else if (field.type == DbfFieldType::Logical)
-        *bytes = logicalBytes(text);
-    else if (field.type == DbfFieldType::Character)
-        *bytes = textBytes(text, schema, field);
-    else
-        *bytes = numberBytes(text, field.length);
-    return bytes->size() == field.length;
+    const bool isNumber = field.type == DbfFieldType::Numeric || field.type == DbfFieldType::Float;
+    if (isNumber || !value.isValid()) {
+        const QString text = cursor.text(column).toString();
+        return text == QLatin1String("?") ? QString() : text;
+    }
+    if (value.userType() == QMetaType::Bool)
+        return value.toBool() ? QStringLiteral("T") : QStringLiteral("F");
+    return valueText(value, field);
 }

@@ -6,7 +6,6 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 /// Returns the header cell NAME:TYPE:LENGTH:DECIMALS for a field that holds as text what the cells
@@ -17,14 +16,10 @@ QString headerCell(const dbf::DbfFieldDescriptor& field);
 /// is none, or not that of a text form (C, D, F, L, N) or of a length its type can have.
 bool parseHeaderCell(const QString& cell, dbf::DbfFieldDescriptor* field);
 
-/// Returns the current record's cell in \a column, which is that of \a field. Text forms are given
-/// as they stand in the table, so that no digit changes on the way; dates get their dashes.
+/// Returns the current record's cell in \a column, which is that of \a field. Numbers in text, and
+/// what is no value of the field's type, are given as they stand in the table; dates get their
+/// dashes.
 QString cellText(const dbf::DbfRecordCursor& cursor, int column,
                  const dbf::DbfFieldDescriptor& field);
-
-/// Turns \a cell into all the bytes of a field. Returns false when it does not fit, has characters
-/// that \a schema's codec lacks, or is not what the type asks for.
-bool fieldBytes(const QString& cell, const dbf::DbfSchema& schema,
-                const dbf::DbfFieldDescriptor& field, QByteArray* bytes);
 
 #endif

@@ -37,8 +37,9 @@ const char* const description =
     "The cells of the first line are NAME:TYPE:LENGTH or NAME:TYPE:LENGTH:DECIMALS, such as\n"
     "CITY:C:30 or PRICE:N:10:2; they are the structure of the table that an import makes. The\n"
     "types are C (text), N and F (numbers), D (dates such as 2024-03-01, length 8) and L (T, F,\n"
-    "Y, N or ?, length 1). Lengths are in bytes. Empty cells make blank fields. An export gives\n"
-    "binary columns the text type that holds their values.\n"
+    "Y or N, length 1). Lengths are in bytes. Empty cells make blank fields, and what a field\n"
+    "would not keep is refused. An export gives binary columns the text type that holds their\n"
+    "values.\n"
     "\n"
     "With --deleted a first column named * holds * for each record that is marked deleted; an\n"
     "import knows it by its name. Without, an export leaves these records out.";
@@ -144,61 +145,63 @@ bool parseHeader(const QStringList& header, DbfSchema* schema)
         fields.append(field);
     }
     schema->setColumns(fields);
-    // The cells come as bytes already, checked one by one; nothing is left to convert.
-    for (DbfColumn& column : schema->columns)
-        column.setConverter(DbfByteArrayConverter::instance());
     return true;
 }
 
-/// Makes a record of \a row, which stands in \a line, the mark first if there is one.
-bool parseRow(QStringList row, int line, bool withDeleted, const DbfSchema& schema,
-              DbfRecord* record)
+/// Rows on their way into the table.
+struct Block {
+    QVector<DbfRecord> records;
+    QVector<int> lines; ///< Of the text, in which they stand.
+};
+
+/// Makes a record of \a row, the mark first if there is one.
+DbfRecord recordOf(QStringList row, bool withDeleted)
 {
-    const bool isDeleted = withDeleted && !row.takeFirst().isEmpty();
-    if (row.size() != schema.columns.size())
-        return fail(QStringLiteral("line %1: another number of cells than in the first").arg(line));
     // Appending does not look at the index, but only a record that has one can be marked.
-    *record = DbfRecord(0, {});
-    record->setDeleted(isDeleted);
-    for (int i = 0; i < row.size(); ++i) {
-        const DbfFieldDescriptor& field = schema.columns.at(i).descriptor;
-        QByteArray bytes;
-        if (!fieldBytes(row.at(i), schema, field, &bytes))
-            return fail(QStringLiteral("line %1: \"%2\" is no value for %3")
-                            .arg(QString::number(line), startOf(row.at(i)), headerCell(field)));
-        record->values.append(bytes);
-    }
-    return true;
+    DbfRecord record(0, {});
+    record.setDeleted(withDeleted && !row.takeFirst().isEmpty());
+    for (const QString& cell : qAsConst(row))
+        record.values.append(cell.trimmed().isEmpty() ? QVariant() : QVariant(cell));
+    return record;
 }
 
-/// Reads up to \a recordsPerBlock rows into \a records.
-bool readBlock(CsvReader& csv, bool withDeleted, const DbfSchema& schema,
-               QVector<DbfRecord>* records)
+/// Reads up to \a recordsPerBlock rows of \a cells cells each.
+bool readBlock(CsvReader& csv, bool withDeleted, int cells, Block* block)
 {
-    records->clear();
+    *block = {};
     QStringList row;
-    while (records->size() < recordsPerBlock && csv.readRow(&row)) {
-        DbfRecord record;
-        if (!parseRow(row, csv.line(), withDeleted, schema, &record))
-            return false;
-        records->append(record);
+    while (block->records.size() < recordsPerBlock && csv.readRow(&row)) {
+        if (row.size() != cells)
+            return fail(QStringLiteral("line %1: another number of cells than in the first")
+                            .arg(csv.line()));
+        block->records.append(recordOf(row, withDeleted));
+        block->lines.append(csv.line());
     }
     return !csv.hasError() ||
            fail(QStringLiteral("line %1: bad quotes in the row that begins there").arg(csv.line()));
 }
 
+bool appendBlock(DbfTable& table, const Block& block)
+{
+    if (table.appendRecords(block.records))
+        return true;
+    if (table.valueProblems().isEmpty())
+        return fail(QStringLiteral("the table: %1").arg(errorText(table.lastError())));
+    const DbfValueProblem problem = table.valueProblems().first();
+    return fail(
+        QStringLiteral("line %1: %2").arg(block.lines.at(problem.record)).arg(problem.text()));
+}
+
 bool appendRows(DbfTable& table, CsvReader& csv, bool withDeleted)
 {
-    const DbfSchema schema = table.schema();
-    QVector<DbfRecord> records;
+    const int cells = table.schema().columns.size() + (withDeleted ? 1 : 0);
+    Block block;
     do {
-        if (!readBlock(csv, withDeleted, schema, &records))
+        if (!readBlock(csv, withDeleted, cells, &block) || !appendBlock(table, block))
             return false;
-        if (!table.appendRecords(records))
-            return fail(QStringLiteral("the table: %1").arg(errorText(table.lastError())));
         if (isInterrupted())
             return fail(QStringLiteral("interrupted"));
-    } while (!records.isEmpty());
+    } while (!block.records.isEmpty());
     return true;
 }
 
@@ -207,10 +210,10 @@ bool makeTable(QFile& file, const DbfSchema& schema, CsvReader& csv, bool withDe
 {
     DbfTable table(&file);
     table.overrideTextCodec(schema.codec);
+    table.setConverterChoice(nullableConverter);
+    table.setCheckingValues(true);
     if (!table.create(schema) || !table.open(QIODevice::ReadWrite))
         return fail(QStringLiteral("the table: %1").arg(errorText(table.lastError())));
-    for (int i = 0; i < schema.columns.size(); ++i)
-        table.setFieldConverter(i, schema.columns.at(i).converter);
     if (!appendRows(table, csv, withDeleted))
         return false;
     table.close(); // The last bytes reach the file now.
