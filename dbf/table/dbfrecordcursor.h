@@ -87,18 +87,18 @@ public:
     class Iterator
     {
     public:
-        struct End {
+        struct End { ///< The end of every cursor.
         };
         explicit Iterator(DbfRecordCursor* cursor) : m_cursor(cursor), m_hasRecord(cursor->next())
         {
-        }
-        const DbfRecordCursor& operator*() const { return *m_cursor; }
+        } ///< Moves \a cursor to its next record.
+        const DbfRecordCursor& operator*() const { return *m_cursor; } ///< The cursor itself.
         Iterator& operator++()
         {
             m_hasRecord = m_cursor->next();
             return *this;
-        }
-        bool operator!=(End /*end*/) const { return m_hasRecord; }
+        }                                                          ///< Moves it on.
+        bool operator!=(End /*end*/) const { return m_hasRecord; } ///< Whether it moved.
 
     private:
         DbfRecordCursor* m_cursor;
@@ -107,7 +107,7 @@ public:
 
     /// Moves to the next record, for a range-based for loop over the records that are left.
     Iterator begin() { return Iterator(this); }
-    Iterator::End end() const { return {}; }
+    Iterator::End end() const { return {}; } ///< Where such a loop ends.
 
     /// Returns the current record's index, -1 before the first next() and after the last.
     int index() const;
