@@ -107,13 +107,13 @@ private slots:
                   {"four", "abc  ", "    ", none, QString(), 12, 1.5, cyrillic + 'x',
                    QVariant(QVariant::Int), QByteArray("four")}},
                  {tooLong, {"five5", QString(300, 'x'), cyrillic + "xy", day}},
-                 {changed, {" abc", withNul, QByteArray("\xFF"), QVariantList{1}}},
+                 {changed, {" abc", withNul, QByteArray("\xFF"), QVariant(QVariantList() << 1)}},
                  {notInCodePage, {japanese}}});
         addRows("nullable C", nullable('C', 10),
                 {{noReason, {" abc", "1234567890  ", none, true, day}},
                  {tooLong, {"12345678901", 123456789.25, 12345678901LL}},
                  {notInCodePage, {japanese}},
-                 {notOfType, {QVariantList{1}}},
+                 {notOfType, {QVariant(QVariantList() << 1)}},
                  {changed, {withNul}}});
         for (const auto& column : {usual('N', 8, 2), nullable('N', 8, 2)}) {
             const bool isText = column.converter == DbfStringConverter::instance();
@@ -135,7 +135,7 @@ private slots:
         addRows("nullable F", nullable('F', 8, 2),
                 {{noReason, {none, "1,5", 0.125, 999999.5, 12345678}},
                  {tooLarge, {999999.25, decimal("-12345678")}},
-                 {notOfType, {QVariantList{1}}}});
+                 {notOfType, {QVariant(QVariantList() << 1)}}});
         addRows("narrow", nullable('N', 3, 2),
                 {{noReason, {0.25, 7, 100}}, {tooLarge, {1.25, -100}}});
         addRows("wide", nullable('N', 20, 0),
