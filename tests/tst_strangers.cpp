@@ -412,6 +412,7 @@ private slots:
         QCOMPARE(table.refreshRecordCount(), -1);
         QCOMPARE(table.lastError(), DbfTable::ReadError);
         QCOMPARE(DbfTable(nullptr).wholeRecords(), 0);
+        QCOMPARE(DbfTable(&writer).refreshRecordCount(), -1); // never opened
     }
 
     void deletedRecordsArePassedOver()

@@ -166,6 +166,8 @@ int DbfTable::refreshRecordCount()
     const bool read = Private::recordingErrors(
         *this,
         [this] {
+            if (!m_opened)
+                throw ReadError;
             const quint32 count = readRecordCount(device());
             const auto whole = errortext::wholeRecords(device(), m_descriptor);
             const auto known = static_cast<quint32>(std::min<qint64>(count, whole.value_or(count)));
