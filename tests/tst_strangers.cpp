@@ -408,9 +408,11 @@ private slots:
         QCOMPARE(table.recordCount(), 2);
         QVERIFY(table.appendRecord(newRecord(0)));
         QCOMPARE(table.recordCount(), 3);
-        table.close();
+        device.close(); // by somebody else
         QCOMPARE(table.refreshRecordCount(), -1);
         QCOMPARE(table.lastError(), DbfTable::ReadError);
+        table.close();
+        QCOMPARE(table.refreshRecordCount(), -1);
         QCOMPARE(DbfTable(nullptr).wholeRecords(), 0);
         QCOMPARE(DbfTable(&writer).refreshRecordCount(), -1); // never opened
     }
