@@ -3,6 +3,7 @@
 
 #include <dbf/converters/dbfbytearrayconverter.h>
 #include <dbf/converters/ruledconverter_p.h>
+#include <dbf/encoding/variant_p.h>
 
 namespace dbf
 {
@@ -26,7 +27,7 @@ QVariant DbfByteArrayConverter::toVariant(const QByteArray& bytes, const DbfSche
 
 bool DbfByteArrayConverter::convertVariant(QVariant& value) const
 {
-    return value.convert(QMetaType::QByteArray);
+    return convertByQt(value, QMetaType::QByteArray);
 }
 
 } // namespace dbf

@@ -19,6 +19,7 @@
 #include <dbf/encoding/datetext_p.h>
 #include <dbf/encoding/numbertext_p.h>
 #include <dbf/encoding/text_p.h>
+#include <dbf/encoding/variant_p.h>
 
 #include <string_view>
 
@@ -73,7 +74,7 @@ struct TextRule {
     static bool convert(QVariant& value)
     {
         prepareDateText(value);
-        return value.convert(QMetaType::QString);
+        return convertByQt(value, QMetaType::QString);
     }
 };
 
@@ -97,7 +98,7 @@ struct LogicalRule {
             value = !number->isZero();
             return true;
         }
-        return value.convert(QMetaType::Bool);
+        return convertByQt(value, QMetaType::Bool);
     }
 };
 
@@ -113,7 +114,7 @@ struct NumberRule {
     {
         writeNumberField(floatingValue<double>(value), field.decimals, bytes, field.length);
     }
-    static bool convert(QVariant& value) { return value.convert(QMetaType::Double); }
+    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::Double); }
     static QByteArray blank(int length)
     {
         return QByteArrayLiteral("0.0").rightJustified(length, ' ', true);
@@ -132,7 +133,7 @@ struct DateRule {
     {
         writeDateField(value.toDate(), bytes, field.length);
     }
-    static bool convert(QVariant& value) { return value.convert(QMetaType::QDate); }
+    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::QDate); }
     static QByteArray blank(int length)
     {
         return QByteArrayLiteral("19000101").leftJustified(length, ' ', true);
@@ -167,7 +168,7 @@ struct SmallIntRule : BinaryRule<qint16, SmallIntRule> {
             value = int(static_cast<qint16>(decimalToInt(*number)));
             return true;
         }
-        return value.convert(QMetaType::Short);
+        return convertByQt(value, QMetaType::Short);
     }
 };
 
@@ -181,7 +182,7 @@ struct IntRule : BinaryRule<qint32, IntRule> {
             value = decimalToInt(*number);
             return true;
         }
-        return value.convert(QMetaType::Int);
+        return convertByQt(value, QMetaType::Int);
     }
 };
 
@@ -195,7 +196,7 @@ struct LargeIntRule : BinaryRule<qint64, LargeIntRule> {
             value = decimalToLongLong(*number);
             return true;
         }
-        return value.convert(QMetaType::LongLong);
+        return convertByQt(value, QMetaType::LongLong);
     }
 };
 
@@ -203,14 +204,14 @@ struct BinaryDoubleRule : BinaryRule<double, BinaryDoubleRule> {
     using Converter = DbfBinaryDoubleConverter;
     static QVariant valueOf(double number) { return number; }
     static double numberOf(const QVariant& value) { return floatingValue<double>(value); }
-    static bool convert(QVariant& value) { return value.convert(QMetaType::Double); }
+    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::Double); }
 };
 
 struct BinaryFloatRule : BinaryRule<float, BinaryFloatRule> {
     using Converter = DbfBinaryFloatConverter;
     static QVariant valueOf(float number) { return number; }
     static float numberOf(const QVariant& value) { return floatingValue<float>(value); }
-    static bool convert(QVariant& value) { return value.convert(QMetaType::Double); }
+    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::Double); }
 };
 
 } // namespace dbf

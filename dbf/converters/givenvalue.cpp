@@ -5,6 +5,7 @@
 #include <dbf/decimal/decimalvalue_p.h>
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/encoding/datetext_p.h>
+#include <dbf/encoding/variant_p.h>
 
 #include <QtCore/QDateTime>
 
@@ -407,7 +408,7 @@ GivenText givenText(const QVariant& value, int length)
     if (const std::optional<QString> number = numberText(value))
         return {Given::Value, fittedNumber(*number, length)};
     QVariant copy = value;
-    if (!copy.convert(QMetaType::QString))
+    if (!convertByQt(copy, QMetaType::QString))
         return {Given::Other, {}};
     return {Given::Value, held<QString>(copy)};
 }
