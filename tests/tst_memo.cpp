@@ -209,42 +209,31 @@ private slots:
         QCOMPARE(memo.read(1), QByteArray("abc"));
     }
 
-    void memoFilesAreFoundBeside_data()
-    {
-        addColumns<QStringList, QString, int, QString>({"files", "table", "version", "found"});
-        const auto row = [](const QStringList& files, const QString& table, int version,
-                            const QString& found) {
-            QTest::addRow("%s %02x %s", qPrintable(files.join('+')), version, qPrintable(found))
-                << files << table << version << found;
-        };
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0x30, "a.fpt");
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0x83, "a.dbt");
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0x03, "");
-        row({"a.dbt"}, "a.dbf", 0x30, "");
-        row({"A.Dbt"}, "A.DBF", 0x8B, "A.Dbt");
-        row({"a.FPt", "a.FPT"}, "a.dbf", 0x30, "a.FPT");
-        row({"a.FPT", "a.fpt"}, "a.dbf", 0x30, "a.fpt");
-        row({"ab.fpt", "a.b.fpt", "A.fpt", "a.fptx"}, "a.dbf", 0x30, "");
-        row({"a.b.fpt", "a.fpt"}, "a.b.dbf", 0x30, "a.b.fpt");
-        row({"a[1]*.fpt"}, "a[1]*.dbf", 0x30, "a[1]*.fpt");
-        row({"a.fpt"}, "a", 0x30, "a.fpt");
-        row({".fpt"}, "", 0x30, "");
-    }
-
     void memoFilesAreFoundBeside()
     {
-        QFETCH(QStringList, files);
-        QFETCH(QString, table);
-        QFETCH(int, version);
-        QFETCH(QString, found);
-        QTemporaryDir folder;
-        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder.fpt")));
-        for (const QString& file : qAsConst(files))
-            writeFile(folder.filePath(file), "x");
-        const QString path = folder.path() + '/';
-        QCOMPARE(DbfMemoFile::pathBeside(path + table, quint8(version)),
-                 found.isEmpty() ? QString() : path + found);
-        QVERIFY(DbfMemoFile::pathBeside(path + "folder.dbf", 0x30).isEmpty());
+        using Case = std::tuple<QStringList, QString, int, QString>; // files, table, version, found
+        for (const auto& [files, table, version, found] :
+             {Case{{"a.fpt", "a.dbt"}, "a.dbf", 0x30, "a.fpt"},
+              {{"a.fpt", "a.dbt"}, "a.dbf", 0x83, "a.dbt"},
+              {{"a.fpt", "a.dbt"}, "a.dbf", 0x03, ""},
+              {{"a.dbt"}, "a.dbf", 0x30, ""},
+              {{"A.Dbt"}, "A.DBF", 0x8B, "A.Dbt"},
+              {{"a.FPt", "a.FPT"}, "a.dbf", 0x30, "a.FPT"},
+              {{"a.FPT", "a.fpt"}, "a.dbf", 0x30, "a.fpt"},
+              {{"ab.fpt", "a.b.fpt", "A.fpt", "a.fptx"}, "a.dbf", 0x30, ""},
+              {{"a.b.fpt", "a.fpt"}, "a.b.dbf", 0x30, "a.b.fpt"},
+              {{"a[1]*.fpt"}, "a[1]*.dbf", 0x30, "a[1]*.fpt"},
+              {{"a.fpt"}, "a", 0x30, "a.fpt"},
+              {{".fpt"}, "", 0x30, ""}}) {
+            QTemporaryDir folder;
+            QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder.fpt")));
+            for (const QString& file : files)
+                writeFile(folder.filePath(file), "x");
+            const QString path = folder.path() + '/';
+            QCOMPARE(DbfMemoFile::pathBeside(path + table, quint8(version)),
+                     found.isEmpty() ? QString() : path + found);
+            QVERIFY(DbfMemoFile::pathBeside(path + "folder.dbf", 0x30).isEmpty());
+        }
     }
 
     void columnsGiveWhatTheyPointTo_data()
@@ -321,9 +310,10 @@ private slots:
         const DbfRecord record(0, {value, {}, value});
         const QVector<DbfValueProblem> problems = checkValues(record, schema);
         QCOMPARE(problems.size(), isNothing ? 0 : 2);
-        for (const DbfValueProblem& problem : problems)
-            QVERIFY(problem.reason == DbfValueProblem::Reason::NotWritable &&
-                    problem.text().endsWith("cannot be written"));
+        for (const DbfValueProblem& problem : problems) {
+            QCOMPARE(int(problem.reason), int(DbfValueProblem::Reason::NotWritable));
+            QVERIFY(problem.text().endsWith("cannot be written"));
+        }
         QVERIFY(checkRecordSizeOverflow(record, schema).isEmpty());
 
         QVariant converted = value;
