@@ -214,27 +214,25 @@ private slots:
 
     void problemsAreSaidInWords()
     {
-        DbfSchema schema;
-        schema.codec = codec(2251);
-        schema.columns = {nullable('N', 8, 2), nullable('N', 3), nullable('C', 3),
-                          nullable('C', 3),    nullable('D', 8), nullable('L', 1),
-                          nullable('T', 8),    nullable('I', 4), usual('F', 4)};
-        const QVariantList values{123456789, decimal("1234"), "four", japanese, "soon",
-                                  "maybe",   "later",         1e10,   none};
-        QStringList texts;
-        for (const DbfValueProblem& problem : checkValues({0, values.toVector()}, schema))
-            texts << problem.text();
-        QCOMPARE(texts,
-                 (QStringList{"FIELD: 123456789 does not fit 8 places with 2 decimals",
-                              "FIELD: 1234 does not fit 3 places",
-                              "FIELD: \"four\" is longer than 3 bytes",
-                              "FIELD: \"" + japanese + "\" has characters that the code page lacks",
-                              "FIELD: \"soon\" is no date", "FIELD: \"maybe\" is no truth value",
-                              "FIELD: \"later\" is no date and time",
-                              "FIELD: 10000000000 is beyond what the field holds",
-                              "FIELD: no value would read back as something else"}));
-        const QString longText = checkValues({0, {QString(100, 'x')}}, schema).first().text();
-        QCOMPARE(longText, "FIELD: \"" + QString(60, 'x') + QChar(0x2026) + "\" is no number");
+        using Case = std::tuple<DbfColumn, QVariant, QString>;
+        for (const auto& [column, value, text] :
+             {Case{nullable('N', 8, 2), 123456789,
+                   "123456789 does not fit 8 places with 2 decimals"},
+              {nullable('N', 3), decimal("1234"), "1234 does not fit 3 places"},
+              {nullable('N', 8, 2), QString(100, 'x'),
+               '"' + QString(60, 'x') + QChar(0x2026) + "\" is no number"},
+              {nullable('C', 3), "four", "\"four\" is longer than 3 bytes"},
+              {nullable('C', 3), japanese,
+               '"' + japanese + "\" has characters that the code page lacks"},
+              {nullable('D', 8), "soon", "\"soon\" is no date"},
+              {nullable('L', 1), "maybe", "\"maybe\" is no truth value"},
+              {nullable('T', 8), "later", "\"later\" is no date and time"},
+              {nullable('I', 4), 1e10, "10000000000 is beyond what the field holds"},
+              {usual('F', 4), none, "no value would read back as something else"}}) {
+            DbfSchema schema({}, codec(2251));
+            schema.columns = {column};
+            QCOMPARE(checkValues({0, {value}}, schema).value(0).text(), "FIELD: " + text);
+        }
     }
 
     void missingValueIsAProblemWhereItBecomesADate()

@@ -15,11 +15,12 @@ namespace
 constexpr QChar ring{u'\u25E6'};
 const DbfSchema schema{{}, codec(2251)};
 
-DbfColumn columnOf(const QString& text) // N(8,2)
+DbfColumn columnOf(const QString& text, bool isNullable) // N(8,2)
 {
     const QStringList sizes = text.mid(2).chopped(1).split(',');
-    return DbfFieldDescriptor({}, DbfFieldType(text.at(0).toLatin1()), quint8(sizes.at(0).toInt()),
-                              quint8(sizes.value(1).toInt()));
+    const DbfFieldDescriptor field({}, DbfFieldType(text.at(0).toLatin1()),
+                                   quint8(sizes.at(0).toInt()), quint8(sizes.value(1).toInt()));
+    return isNullable ? nullableColumn(field, {0, 0x30, {}, 0, 0}) : DbfColumn(field);
 }
 
 bool isText(const DbfColumn& column)
@@ -95,14 +96,10 @@ QString computedLine(const QString& line)
     const bool hasBytes = cells.size() == 4;
     const QString given = cells.at(1);
     const QStringList fields = cells.at(0).split(QStringLiteral(" → "));
-    DbfColumn source = columnOf(fields.first());
-    DbfColumn target = columnOf(fields.last());
     cells = cells.mid(0, 2);
     for (const bool isNullable : {false, true}) {
-        if (isNullable) {
-            source = nullableColumn(source.descriptor, {0, 0x30, {}, 0, 0});
-            target = nullableColumn(target.descriptor, {0, 0x30, {}, 0, 0});
-        }
+        const DbfColumn source = columnOf(fields.first(), isNullable);
+        const DbfColumn target = columnOf(fields.last(), isNullable);
         if (fields.size() == 2) {
             QVariant value =
                 source.converter->toVariant(bytesOf(given, source), schema, source.descriptor);
