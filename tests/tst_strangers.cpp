@@ -207,14 +207,14 @@ private slots:
             {"Big5", {"Big5"}},
             {"GBK", {"ANSI936"}},
             {"IBM737", {"737"}},
-            {"KOI8-R", {"koi8-r"}}};
+            {"KOI8-R", {"koi8_r"}}};
         for (auto codec = labelsOfCodecs.begin(); codec != labelsOfCodecs.end(); ++codec) {
             for (const QByteArray& label : *codec)
                 QVERIFY2(DbfTable::codecByLabel(label) == QTextCodec::codecForName(codec.key()),
                          label);
         }
-        for (const char* label : {"", "1", "ISO", "8859", "8859-x", "CP", "12510", "latin", "1251!",
-                                  "ANSI x", "ISO-8859-99"})
+        for (const char* label : {"", "1", "ISO", "8859", "8859-x", "8859-0", "CP", "12510",
+                                  "latin", "1251!", "ANSI x", "ISO-8859-99"})
             QVERIFY2(!DbfTable::codecByLabel(label), label);
     }
 
