@@ -173,10 +173,10 @@ private slots:
     void languageDriversMeanWhatOtherProgramsMean()
     {
         const QList<QPair<int, QByteArray>> meanings{
-            {0x03, "windows-1252"}, {0x1D, "IBM850"},        {0x65, "IBM866"},
-            {0x66, "IBM866"},       {0x6A, "IBM737"},        {0x7D, "windows-1255"},
-            {0x7E, "windows-1256"}, {0x86, "IBM737"},        {0xC9, "windows-1251"},
-            {0xCC, "windows-1257"}, {0x96, "x-mac-cyrillic"}};
+            {0x03, "windows-1252"}, {0x1D, "IBM850"},       {0x65, "IBM866"},
+            {0x66, "IBM866"},       {0x6A, "IBM737"},       {0x7D, "windows-1255"},
+            {0x7E, "windows-1256"}, {0x86, "IBM737"},       {0xC9, "windows-1251"},
+            {0xCB, "windows-1253"}, {0xCC, "windows-1257"}, {0x96, "x-mac-cyrillic"}};
         for (const auto& [id, name] : meanings) {
             QTextCodec* const codec = DbfTable::codecByLanguageDriver(id);
             QVERIFY2(codec, name);
