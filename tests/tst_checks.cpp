@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "columns.h"
 #include "testtables.h"
 #include "values.h"
 
@@ -41,35 +42,24 @@ DbfColumn with(DbfFieldConverter* converter, char type, int length)
     return column;
 }
 
-struct Expected {
-    int reason;
-    QVariantList values;
-};
-
-void addRows(const char* name, const DbfColumn& column, const QVector<Expected>& rows)
+void addRows(const DbfColumn& column, int reason, const QVariantList& values)
 {
-    for (const Expected& expected : rows)
-        for (const QVariant& value : expected.values)
-            QTest::addRow("%s, %d, %s", name, expected.reason, shown(value).constData())
-                << column << value << expected.reason;
+    for (const QVariant& value : values)
+        QTest::addRow("%s %d, %d, %s", typeid(*column.converter).name(), column.descriptor.length,
+                      reason, shown(value).constData())
+            << column << value << reason;
 }
 
-/// Keeps texts but for the spaces around them, and writes none of more than three characters.
-class TrimmingConverter : public DbfFieldConverter
+/// Keeps texts but for the spaces around them, and none that is empty.
+class TrimmingConverter : public DbfStringConverter
 {
 public:
-    QByteArray toByteArray(const QVariant& value, const DbfSchema&,
-                           const DbfFieldDescriptor& field) const override
+    QVariant toVariant(const QByteArray& bytes, const DbfSchema& schema,
+                       const DbfFieldDescriptor& field) const override
     {
-        return value.toByteArray().leftJustified(field.length, ' ');
+        const QVariant text = DbfStringConverter::toVariant(bytes, schema, field);
+        return text.toString().isEmpty() ? QVariant() : text;
     }
-    QVariant toVariant(const QByteArray& bytes, const DbfSchema&,
-                       const DbfFieldDescriptor&) const override
-    {
-        const QString text = QString::fromLatin1(bytes).trimmed();
-        return text.isEmpty() ? QVariant() : text;
-    }
-    bool convertVariant(QVariant& value) const override { return value.convert(QVariant::String); }
 };
 
 /// One text column of five places and one number of four with a decimal, blank means blank.
@@ -93,113 +83,97 @@ class TestChecks : public QObject
 private slots:
     void problemIsFound_data()
     {
-        QTest::addColumn<DbfColumn>("column");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<int>("reason");
+        addColumns<DbfColumn, QVariant, int>({"column", "value", "reason"});
         const QDateTime noon(QDate(2024, 2, 29), QTime(12, 0), Qt::UTC);
         const QDateTime midnight(QDate(2024, 2, 29), QTime(0, 0));
         const QDate day(2024, 2, 29);
         const QDate late(10000, 1, 1);
+        const QVariant list = QVariantList() << 1;
         const QString withNul = QString("a") + QChar(0) + "b";
 
-        addRows("C", usual('C', 4),
-                {{noReason,
-                  {"four", "abc  ", "    ", none, QString(), 12, 1.5, cyrillic + 'x',
-                   QVariant(QVariant::Int), QByteArray("four")}},
-                 {tooLong, {"five5", QString(300, 'x'), cyrillic + "xy", day}},
-                 {changed, {" abc", withNul, QByteArray("\xFF"), QVariant(QVariantList() << 1)}},
-                 {notInCodePage, {japanese}}});
-        addRows("nullable C", nullable('C', 10),
-                {{noReason, {" abc", "1234567890  ", none, true, day}},
-                 {tooLong, {"12345678901", 123456789.25, 12345678901LL}},
-                 {notInCodePage, {japanese}},
-                 {notOfType, {QVariant(QVariantList() << 1)}},
-                 {changed, {withNul}}});
+        const DbfColumn usualC = usual('C', 4);
+        addRows(usualC, noReason,
+                {"four", "abc  ", "    ", none, QString(), 12, 1.5, cyrillic + 'x',
+                 QVariant(QVariant::Int), QByteArray("four")});
+        addRows(usualC, tooLong, {"five5", QString(300, 'x'), cyrillic + "xy", day});
+        addRows(usualC, changed, {" abc", withNul, QByteArray("\xFF"), list});
+        addRows(usualC, notInCodePage, {japanese});
+        const DbfColumn nullableC = nullable('C', 10);
+        addRows(nullableC, noReason, {" abc", "1234567890  ", none, true, day});
+        addRows(nullableC, tooLong, {"12345678901", 123456789.25, 12345678901LL});
+        addRows(nullableC, notInCodePage, {japanese});
+        addRows(nullableC, notOfType, {list});
+
         for (const auto& column : {usual('N', 8, 2), nullable('N', 8, 2)}) {
             const bool isText = column.converter == DbfStringConverter::instance();
-            addRows(isText ? "N" : "nullable N", column,
-                    {{noReason,
-                      {"12345.67", "  12.5  ", "1e3", QVariant(QChar('7')), "1.50", none, "", 12}},
-                     {tooLarge, {"123456.78", "1234567.8", 123456789.0}},
-                     {isText ? tooLarge : noReason, {"      12.5"}},
-                     {isText ? notOfType : tooLarge, {infinity}},
-                     {notOfType, {"abc", notANumber, day}}});
+            addRows(column, noReason,
+                    {"12345.67", "  12.5  ", "1e3", QVariant(QChar('7')), "1.50", none, "", 12});
+            addRows(column, tooLarge, {"123456.78", "1234567.8", 123456789.0});
+            addRows(column, isText ? tooLarge : noReason, {"      12.5"});
+            addRows(column, isText ? notOfType : tooLarge, {infinity});
+            addRows(column, notOfType, {"abc", notANumber, day});
         }
-        addRows("number", with(DbfDoubleConverter::instance(), 'N', 8),
-                {{changed, {none, ""}}, {notOfType, {"abc"}}});
-        addRows("F", usual('F', 8, 2),
-                {{changed, {none, "", "1,5", decimal("12.34")}},
-                 {notOfType, {"abc", notANumber}},
-                 {tooLarge, {123456789.0, -99999.96, infinity, 1e300, "1e999999999", 123456789}},
-                 {noReason, {99999.99, 1.005, 99999.996, -9999.99, 12345LL, true}}});
-        addRows("nullable F", nullable('F', 8, 2),
-                {{noReason, {none, "1,5", 0.125, 999999.5, 12345678}},
-                 {tooLarge, {999999.25, decimal("-12345678")}},
-                 {notOfType, {QVariant(QVariantList() << 1)}}});
-        addRows("narrow", nullable('N', 3, 2),
-                {{noReason, {0.25, 7, 100}}, {tooLarge, {1.25, -100}}});
-        addRows("wide", nullable('N', 20, 0),
-                {{noReason, {"12345678901234567890", least, 1e19, 0.5f}},
-                 {tooLarge, {"123456789012345678901"}}});
-        addRows("digits", usual('F', 20, 0),
-                {{changed, {"12345678901234567", 12345678901234567LL}},
-                 {noReason, {12345678901234567.0, "0", 0.5f}}});
-        addRows("L", usual('L', 1),
-                {{noReason, {true, false, "yes", QByteArray("T"), 1}},
-                 {changed, {"F", "no", none}},
-                 {notOfType, {"maybe", notANumber}}});
-        addRows("L too long", usual('L', 2), {{changed, {true}}});
-        addRows("nullable L", nullable('L', 1),
-                {{noReason, {"F", "no", none}}, {notOfType, {"maybe"}}});
-        addRows("D", usual('D', 8),
-                {{noReason, {day, none, QDate(), "2024-02-29", midnight, "2024-02-29T00:00"}},
-                 {tooLarge, {late, QDate(-1, 1, 1)}},
-                 {notOfType, {"soon", "2024-02-29T25:00", "2024-02-29T10:70", 5}},
-                 {changed, {"20240229", noon}}});
-        addRows("nullable D", nullable('D', 8),
-                {{noReason, {"20240229"}},
-                 {notOfType, {"2024-02-30"}},
-                 {changed, {noon}},
-                 {tooLarge, {QDateTime(late, QTime(0, 0))}}});
-        addRows("T", nullable('T', 8),
-                {{noReason, {noon, noon.toOffsetFromUtc(7200), day, "2024-02-29T12:00:00", none}},
-                 {notOfType, {"noon", "2024-02-29 1"}},
-                 {tooLarge, {late}}});
-        addRows("Y", nullable('Y', 8),
-                {{noReason, {1.00005, "922337203685477.5807", 1e13}},
-                 {tooLarge, {"922337203685477.5808", -1e15}},
-                 {changed, {none}},
-                 {notOfType, {"abc", notANumber}}});
-        addRows("I", nullable('I', 4),
-                {{noReason, {2147483647, "12"}},
-                 {tooLarge, {2147483648LL, -1e10}},
-                 {changed, {1.5, none, decimal("7")}},
-                 {notOfType, {"x"}}});
-        addRows("I2", with(DbfSmallIntConverter::instance(), 'I', 2),
-                {{noReason, {32767}}, {tooLarge, {-32769}}});
-        addRows("I8", with(DbfLargeIntConverter::instance(), 'I', 8),
-                {{noReason, {most}}, {tooLarge, {1e19}}});
-        addRows("I too long", with(DbfIntConverter::instance(), 'I', 5), {{changed, {1}}});
-        addRows("B", with(DbfBinaryDoubleConverter::instance(), 'B', 8),
-                {{noReason, {0.1, notANumber, infinity, "0.1", 9007199254740992LL}},
-                 {changed, {"0.12345678901234567890", 9007199254740993LL, none}},
-                 {notOfType, {"x"}},
-                 {tooLarge, {"1e400"}}});
-        addRows("B4", with(DbfBinaryFloatConverter::instance(), 'B', 4),
-                {{noReason, {0.1, "0.1", 16777216}},
-                 {tooLarge, {1e300, "1e39"}},
-                 {changed, {"0.12345678901234567", 16777217, decimal("0.5"), none}},
-                 {notOfType, {"x"}}});
-        addRows("M", usual('M', 4),
-                {{noReason, {QByteArray("abcd"), "abcd"}},
-                 {changed, {QByteArray("abc"), none}},
-                 {tooLong, {QByteArray("abcde")}}});
+        const DbfColumn usualF = usual('F', 8, 2);
+        addRows(usualF, changed, {none, "", "1,5", decimal("12.34")});
+        addRows(usualF, notOfType, {"abc", notANumber});
+        addRows(usualF, tooLarge,
+                {123456789.0, -99999.96, infinity, 1e300, "1e999999999", 123456789});
+        addRows(usualF, noReason, {99999.99, 1.005, 99999.996, -9999.99, 12345LL, true});
+        const DbfColumn nullableF = nullable('F', 8, 2);
+        addRows(nullableF, noReason, {none, "1,5", 0.125, 999999.5, 12345678});
+        addRows(nullableF, tooLarge, {999999.25, decimal("-12345678")});
+        addRows(nullable('N', 3, 2), noReason, {0.25, 7, 100});
+        addRows(nullable('N', 3, 2), tooLarge, {1.25, -100});
+        addRows(nullable('N', 20), noReason, {"12345678901234567890", least, 1e19, 0.5f});
+        addRows(nullable('N', 20), tooLarge, {"123456789012345678901"});
+        addRows(usual('F', 20), changed, {"12345678901234567", 12345678901234567LL});
+        addRows(usual('F', 20), noReason, {12345678901234567.0, "0", 0.5f});
+
+        addRows(usual('L', 1), noReason, {true, false, "yes", QByteArray("T"), 1});
+        addRows(usual('L', 1), changed, {"F", "no", none});
+        addRows(usual('L', 1), notOfType, {"maybe", notANumber});
+        addRows(nullable('L', 1), noReason, {"F", "no", none});
+        const DbfColumn usualD = usual('D', 8);
+        addRows(usualD, noReason, {day, none, QDate(), "2024-02-29", midnight, "2024-02-29T00:00"});
+        addRows(usualD, tooLarge, {late, QDate(-1, 1, 1), QDateTime(late, QTime(0, 0))});
+        addRows(usualD, notOfType, {"soon", "2024-02-29T25:00", "2024-02-29T10:70", 5});
+        addRows(usualD, changed, {"20240229", noon});
+        addRows(nullable('D', 8), noReason, {"20240229"});
+        const DbfColumn instant = nullable('T', 8);
+        addRows(instant, noReason,
+                {noon, noon.toOffsetFromUtc(7200), day, "2024-02-29T12:00:00", none});
+        addRows(instant, notOfType, {"noon", "2024-02-29 1"});
+        addRows(instant, tooLarge, {late});
+
+        const DbfColumn money = nullable('Y', 8);
+        addRows(money, noReason, {1.00005, "922337203685477.5807", 1e13});
+        addRows(money, tooLarge, {"922337203685477.5808", -1e15});
+        addRows(nullable('I', 4), noReason, {2147483647, "12"});
+        addRows(nullable('I', 4), tooLarge, {2147483648LL, -1e10});
+        addRows(nullable('I', 4), changed, {1.5, none, decimal("7")});
+        addRows(nullable('I', 4), notOfType, {"x"});
+        addRows(with(DbfSmallIntConverter::instance(), 'I', 2), tooLarge, {-32769});
+        addRows(with(DbfLargeIntConverter::instance(), 'I', 8), tooLarge, {1e19});
+        addRows(with(DbfLargeIntConverter::instance(), 'I', 8), noReason, {most});
+        addRows(with(DbfIntConverter::instance(), 'I', 5), changed, {1});
+        const DbfColumn binary64 = with(DbfBinaryDoubleConverter::instance(), 'B', 8);
+        addRows(binary64, noReason, {0.1, notANumber, infinity, "0.1", 9007199254740992LL});
+        addRows(binary64, changed, {"0.12345678901234567890", 9007199254740993LL, none});
+        addRows(binary64, tooLarge, {"1e400"});
+        const DbfColumn binary32 = with(DbfBinaryFloatConverter::instance(), 'B', 4);
+        addRows(binary32, noReason, {0.1, "0.1", 16777216});
+        addRows(binary32, tooLarge, {1e300, "1e39"});
+        addRows(binary32, changed, {"0.12345678901234567", 16777217, decimal("0.5"), none});
+
+        addRows(usual('M', 4), noReason, {QByteArray("abcd"), "abcd"});
+        addRows(usual('M', 4), changed, {QByteArray("abc"), none});
+        addRows(usual('M', 4), tooLong, {QByteArray("abcde")});
         static TrimmingConverter trimming;
-        addRows("own and trimming", with(&trimming, 'X', 3),
-                {{noReason, {none, "", "abc", 12}}, {changed, {" a"}}, {tooLong, {"abcd"}}});
+        addRows(with(&trimming, 'X', 3), noReason, {none, "", "abc", 12});
+        addRows(with(&trimming, 'X', 3), changed, {" a", "abcd"});
         static SpyConverter spy;
-        addRows("own", with(&spy, 'X', 3),
-                {{noReason, {QByteArray("abc")}}, {changed, {"abc", 123}}});
+        addRows(with(&spy, 'X', 3), noReason, {QByteArray("abc")});
+        addRows(with(&spy, 'X', 3), changed, {"abc", 123});
     }
 
     void problemIsFound()
@@ -224,10 +198,10 @@ private slots:
         schema.columns = {usual('C', 6), nullable('C', 6)};
         const auto check = [&](int mib, const QString& text, int reason) {
             schema.codec = codec(mib);
-            const QVector<DbfValueProblem> problems = checkValues({0, {text, text}}, schema);
-            QCOMPARE(int(problems.size()), reason == noReason ? 0 : 2);
-            for (const DbfValueProblem& problem : problems)
-                QCOMPARE(int(problem.reason), reason);
+            QVector<int> reasons;
+            for (const DbfValueProblem& problem : checkValues({0, {text, text}}, schema))
+                reasons << int(problem.reason);
+            QCOMPARE(reasons, QVector<int>(reason == noReason ? 0 : 2, reason));
         };
         constexpr int utf8 = 106;
         constexpr int shiftJis = 17;
@@ -240,27 +214,25 @@ private slots:
 
     void problemsAreSaidInWords()
     {
-        DbfSchema schema;
-        schema.codec = codec(2251);
-        schema.columns = {nullable('N', 8, 2), nullable('N', 3), nullable('C', 3),
-                          nullable('C', 3),    nullable('D', 8), nullable('L', 1),
-                          nullable('T', 8),    nullable('I', 4), usual('F', 4)};
-        const QVariantList values{123456789, decimal("1234"), "four", japanese, "soon",
-                                  "maybe",   "later",         1e10,   none};
-        QStringList texts;
-        for (const DbfValueProblem& problem : checkValues({0, values.toVector()}, schema))
-            texts << problem.text();
-        QCOMPARE(texts,
-                 (QStringList{"FIELD: 123456789 does not fit 8 places with 2 decimals",
-                              "FIELD: 1234 does not fit 3 places",
-                              "FIELD: \"four\" is longer than 3 bytes",
-                              "FIELD: \"" + japanese + "\" has characters that the code page lacks",
-                              "FIELD: \"soon\" is no date", "FIELD: \"maybe\" is no truth value",
-                              "FIELD: \"later\" is no date and time",
-                              "FIELD: 10000000000 is beyond what the field holds",
-                              "FIELD: no value would read back as something else"}));
-        const QString longText = checkValues({0, {QString(100, 'x')}}, schema).first().text();
-        QCOMPARE(longText, "FIELD: \"" + QString(60, 'x') + QChar(0x2026) + "\" is no number");
+        using Case = std::tuple<DbfColumn, QVariant, QString>;
+        for (const auto& [column, value, text] :
+             {Case{nullable('N', 8, 2), 123456789,
+                   "123456789 does not fit 8 places with 2 decimals"},
+              {nullable('N', 3), decimal("1234"), "1234 does not fit 3 places"},
+              {nullable('N', 8, 2), QString(100, 'x'),
+               '"' + QString(60, 'x') + QChar(0x2026) + "\" is no number"},
+              {nullable('C', 3), "four", "\"four\" is longer than 3 bytes"},
+              {nullable('C', 3), japanese,
+               '"' + japanese + "\" has characters that the code page lacks"},
+              {nullable('D', 8), "soon", "\"soon\" is no date"},
+              {nullable('L', 1), "maybe", "\"maybe\" is no truth value"},
+              {nullable('T', 8), "later", "\"later\" is no date and time"},
+              {nullable('I', 4), 1e10, "10000000000 is beyond what the field holds"},
+              {usual('F', 4), none, "no value would read back as something else"}}) {
+            DbfSchema schema({}, codec(2251));
+            schema.columns = {column};
+            QCOMPARE(checkValues({0, {value}}, schema).value(0).text(), "FIELD: " + text);
+        }
     }
 
     void missingValueIsAProblemWhereItBecomesADate()

@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "bytes.h"
+#include "columns.h"
 #include "testtables.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTemporaryFile>
-#include <QtTest/QtTest>
 
 using namespace dbf;
 using namespace testtables;
@@ -70,103 +70,84 @@ class TestMemo : public QObject
     Q_OBJECT
 
 private slots:
-    void everyLayoutIsRead_data()
+    void memosAreReadOrTheirDamageTold_data()
     {
-        QTest::addColumn<int>("version");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<quint32>("block");
-        QTest::addColumn<QByteArray>("memo");
-        QTest::addColumn<bool>("isText");
-        const auto row = [](int version, const QByteArray& file, quint32 block,
-                            const QByteArray& memo, bool isText = true) {
+        addColumns<int, QByteArray, quint32, QByteArray, bool, QString>(
+            {"version", "file", "block", "memo", "isText", "damage"});
+        const auto read = [](int version, const QByteArray& file, quint32 block,
+                             const QByteArray& memo, bool isText = true) {
             QTest::addRow("%02x %u %s", version, block, memo.left(9).toHex().constData())
-                << version << file << block << memo << isText;
+                << version << file << block << memo << isText << "";
         };
         for (const int version : {0x30, 0x31, 0x32, 0xF5})
-            row(version, memos, 8, "\xCC\xE8\xF0 ");
-        row(0x30, memos, 9, "PIC", false);
-        row(0x30, fpt(512, hex("01000001 00000001") + "x"), 1, "x", false); // of no known type
-        row(0x30, memos, 10, "");
-        row(0x30, fpt(1, '#' + abc), 513, "abc");
-        row(0x30, fpt(0x0102, "####" + abc), 2, "abc");
+            read(version, memos, 8, "\xCC\xE8\xF0 ");
+        read(0x30, memos, 9, "PIC", false);
+        read(0x30, fpt(512, hex("01000001 00000001") + "x"), 1, "x", false); // of no known type
+        read(0x30, memos, 10, "");
+        read(0x30, fpt(1, '#' + abc), 513, "abc");
+        read(0x30, fpt(0x0102, "####" + abc), 2, "abc");
         const QByteArray ends(1024, '\x1A');
-        row(0xF5, fpt(512, hex("00000001 00000400") + ends), 1, ends);
-        row(0x83, dbt(0, "abc\x1A\x1A"), 1, "abc");
-        row(0x83, dbt(64, QByteArray(512, '#') + "de\x1A"), 2, "de");
-        row(0x83, dbt(512, "\x1A"), 1, "");
+        read(0xF5, fpt(512, hex("00000001 00000400") + ends), 1, ends);
+        read(0x83, dbt(0, "abc\x1A\x1A"), 1, "abc");
+        read(0x83, dbt(64, QByteArray(512, '#') + "de\x1A"), 2, "de");
+        read(0x83, dbt(512, "\x1A"), 1, "");
         for (const int size : {4095, 4096, 9000})
-            row(0x83, dbt(512, QByteArray(size, 'x') + "\x1Ay"), 1, QByteArray(size, 'x'));
+            read(0x83, dbt(512, QByteArray(size, 'x') + "\x1Ay"), 1, QByteArray(size, 'x'));
         for (const int version : {0x8B, 0xCB})
-            row(version, dbt(1024, QByteArray(512, '\0') + counted), 1, counted.mid(8, 3));
-        row(0x8B, dbt(512, hex("FFFF0800 08000000")), 1, "");
-    }
+            read(version, dbt(1024, QByteArray(512, '\0') + counted), 1, counted.mid(8, 3));
+        read(0x8B, dbt(512, hex("FFFF0800 08000000")), 1, "");
 
-    void everyLayoutIsRead()
-    {
-        QFETCH(int, version);
-        QFETCH(QByteArray, file);
-        QFETCH(quint32, block);
-        QBuffer device(&file);
-        DbfMemoFile memo(&device, quint8(version));
-        bool ok = false;
-        const QByteArray bytes = memo.read(block, &ok);
-        QTEST(bytes, "memo");
-        QTEST(memo.lastWasText(), "isText");
-        QVERIFY(ok && !bytes.isNull() && memo.errorString().isEmpty());
-        QVERIFY(device.isReadable() && !device.isWritable());
-    }
-
-    void damageIsToldNotRead_data()
-    {
-        QTest::addColumn<int>("version");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<quint32>("block");
-        QTest::addColumn<QString>("reason");
-        const auto row = [](int version, const QByteArray& file, quint32 block,
-                            const char* reason) {
-            QTest::addRow("%02x %s %u", version, reason, block)
-                << version << file << block << QString::fromLatin1(reason);
+        const auto damaged = [](int version, const QByteArray& file, quint32 block,
+                                const char* damage) {
+            QTest::addRow("%02x %s %u", version, damage, block)
+                << version << file << block << QByteArray() << false << QString(damage);
         };
         for (const int version : {0x00, 0x03, 0x33, 0x82, 0xFB, 0xFF})
-            row(version, memos, 8, "tables of this version");
+            damaged(version, memos, 8, "tables of this version");
         for (const quint32 block : {0u, 7u})
-            row(0x30, memos, block, "lie in the header");
-        row(0x83, dbt(512, "x\x1A"), 0, "lie in the header");
-        row(0x8B, dbt(64, counted), 7, "lie in the header");
+            damaged(0x30, memos, block, "lie in the header");
+        damaged(0x83, dbt(512, "x\x1A"), 0, "lie in the header");
         for (const int version : {0x30, 0x83, 0x8B}) {
             for (const quint32 block : {1u, 0xFFFFFFFFu})
-                row(version, QByteArray(512, '\2'), block, "behind the end");
+                damaged(version, QByteArray(512, '\2'), block, "behind the end");
         }
-        row(0x30, QByteArray(7, '\1'), 8, "no header");
-        row(0xCB, QByteArray(21, '\1'), 8, "no header");
-        row(0x83, "", 8, "behind the end");
-        row(0x30, fpt(0, abc), 8, "have no bytes");
-        row(0x8B, dbt(0, counted), 1, "have no bytes");
-        row(0x30, fpt(512, abc.left(7)), 1, "within its head");
-        row(0x8B, dbt(512, counted.left(7)), 1, "within its head");
-        row(0x30, fpt(512, abc.chopped(1)), 1, "longer than what is left");
-        row(0x30, fpt(512, hex("00000001 FFFFFFFF") + "x"), 1, "longer than what is left");
-        row(0x8B, dbt(512, counted.left(10)), 1, "longer than what is left");
-        row(0x8B, dbt(512, hex("FFFF0800 FFFFFFFF") + "x"), 1, "longer than what is left");
+        damaged(0x30, QByteArray(7, '\1'), 8, "no header");
+        damaged(0xCB, QByteArray(21, '\1'), 8, "no header");
+        damaged(0x83, "", 8, "behind the end");
+        damaged(0x30, fpt(0, abc), 8, "have no bytes");
+        damaged(0x30, fpt(512, abc.left(7)), 1, "within its head");
+        damaged(0x8B, dbt(512, counted.left(7)), 1, "within its head");
+        damaged(0x30, fpt(512, abc.chopped(1)), 1, "longer than what is left");
+        damaged(0x30, fpt(512, hex("00000001 FFFFFFFF") + "x"), 1, "longer than what is left");
+        damaged(0x8B, dbt(512, counted.left(10)), 1, "longer than what is left");
         for (const char* const start : {"FFFF0800 07000000", "FFFF0900 08000000"})
-            row(0x8B, dbt(512, hex(start) + "x"), 1, "no memo begins there");
+            damaged(0x8B, dbt(512, hex(start) + "x"), 1, "no memo begins there");
         for (const int size : {1, 8192})
-            row(0x83, dbt(512, QByteArray(size, 'x')), 1, "has no end");
+            damaged(0x83, dbt(512, QByteArray(size, 'x')), 1, "has no end");
     }
 
-    void damageIsToldNotRead()
+    void memosAreReadOrTheirDamageTold()
     {
         QFETCH(int, version);
         QFETCH(QByteArray, file);
         QFETCH(quint32, block);
-        QFETCH(QString, reason);
+        QFETCH(QString, damage);
+        const bool isWhole = damage.isEmpty();
         RecordingDevice device(file);
         DbfMemoFile memo(&device, quint8(version));
-        bool ok = true;
-        QVERIFY(memo.read(block, &ok).isEmpty() && !ok && !memo.lastWasText());
-        QVERIFY2(memo.errorString().startsWith(QStringLiteral("Memo block %1 ").arg(block)) &&
-                     memo.errorString().contains(reason),
-                 qPrintable(memo.errorString()));
+        bool ok = !isWhole;
+        const QByteArray bytes = memo.read(block, &ok);
+        QCOMPARE(ok, isWhole);
+        QTEST(bytes, "memo");
+        QTEST(memo.lastWasText(), "isText");
+        if (isWhole) {
+            QVERIFY(!bytes.isNull() && memo.errorString().isEmpty());
+            QVERIFY(device.isReadable() && !device.isWritable());
+        } else {
+            const QString start = QStringLiteral("Memo block %1 cannot be read: ").arg(block);
+            QVERIFY2(memo.errorString().startsWith(start) && memo.errorString().contains(damage),
+                     qPrintable(memo.errorString()));
+        }
     }
 
     void bigFilesAreReadButNoGigabytes()
@@ -180,40 +161,31 @@ private slots:
         QVERIFY(memo.read(1).isEmpty() && memo.errorString().contains("too long"));
     }
 
-    void deviceFailuresAreTold_data()
-    {
-        QTest::addColumn<RecordingDevice::Fault>("fault");
-        using Device = RecordingDevice;
-        QTest::newRow("open") << Device::Fault{Device::Open, 1, Device::Fail};
-        for (const int call : {1, 2})
-            QTest::addRow("seek %d", call) << Device::Fault{Device::Seek, call, Device::Fail};
-        for (const int call : {1, 2, 3})
-            QTest::addRow("read %d", call) << Device::Fault{Device::Read, call, Device::Short};
-    }
-
     void deviceFailuresAreTold()
     {
-        QFETCH(RecordingDevice::Fault, fault);
-        RecordingDevice device(memos);
-        DbfMemoFile memo(&device, 0x30);
-        device.setFault(fault);
-        QVERIFY(memo.read(8).isEmpty() && !device.isFaultPending());
-        const QString error = memo.errorString();
-        QVERIFY(!error.isEmpty());
-        QCOMPARE(memo.read(9), QByteArray("PIC")); // The next read goes well,
-        QCOMPARE(memo.errorString(), error);       // and the failure stays until it is cleared.
-        memo.clearError();
-        QVERIFY(memo.errorString().isEmpty());
-    }
-
-    void everyReadFailsWithoutReadableDevice()
-    {
+        using Device = RecordingDevice;
+        for (const auto& fault : {Device::Fault{Device::Open, 1, Device::Fail},
+                                  {Device::Seek, 1, Device::Fail},
+                                  {Device::Seek, 2, Device::Fail},
+                                  {Device::Read, 1, Device::Short},
+                                  {Device::Read, 2, Device::Short},
+                                  {Device::Read, 3, Device::Short}}) {
+            RecordingDevice device(memos);
+            DbfMemoFile memo(&device, 0x30);
+            device.setFault(fault);
+            QVERIFY(memo.read(8).isEmpty() && !device.isFaultPending());
+            const QString error = memo.errorString();
+            QVERIFY(!error.isEmpty());
+            QCOMPARE(memo.read(9), QByteArray("PIC")); // The next read goes well,
+            QCOMPARE(memo.errorString(), error);       // and the failure stays until it is cleared.
+            memo.clearError();
+            QVERIFY(memo.errorString().isEmpty());
+        }
         QFile nameless;
         QFile missing(QStringLiteral("no such folder/x.fpt"));
-        QBuffer written;
+        RecordingDevice written(memos);
         QVERIFY(written.open(QIODevice::WriteOnly));
-        QBuffer inTextMode;
-        inTextMode.setData(memos);
+        RecordingDevice inTextMode(memos);
         QVERIFY(inTextMode.open(QIODevice::ReadOnly | QIODevice::Text));
         for (QIODevice* const device :
              QVector<QIODevice*>{nullptr, &nameless, &missing, &written, &inTextMode}) {
@@ -237,57 +209,36 @@ private slots:
         QCOMPARE(memo.read(1), QByteArray("abc"));
     }
 
-    void memoFilesAreFoundBeside_data()
-    {
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("table");
-        QTest::addColumn<int>("version");
-        QTest::addColumn<QString>("found");
-        const auto row = [](const QStringList& files, const QString& table, int version,
-                            const QString& found) {
-            QTest::addRow("%s %02x %s", qPrintable(files.join('+')), version, qPrintable(found))
-                << files << table << version << found;
-        };
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0x30, "a.fpt");
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0x83, "a.dbt");
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0xCB, "a.dbt");
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0xF5, "a.fpt");
-        row({"a.fpt", "a.dbt"}, "a.dbf", 0x03, "");
-        row({"a.dbt"}, "a.dbf", 0x30, "");
-        row({"a.FPT"}, "a.dbf", 0x30, "a.FPT");
-        row({"A.Dbt"}, "A.DBF", 0x8B, "A.Dbt");
-        row({"a.FPt", "a.FPT"}, "a.dbf", 0x30, "a.FPT");
-        row({"a.FPT", "a.fpt"}, "a.dbf", 0x30, "a.fpt");
-        row({"ab.fpt", "a.b.fpt", "A.fpt", "a.fptx"}, "a.dbf", 0x30, "");
-        row({"a.b.fpt", "a.fpt"}, "a.b.dbf", 0x30, "a.b.fpt");
-        row({"a[1]*.fpt"}, "a[1]*.dbf", 0x30, "a[1]*.fpt");
-        row({"a.fpt"}, "a", 0x30, "a.fpt");
-        row({"a.fpt"}, "a.", 0x30, "a.fpt");
-        row({".fpt"}, "", 0x30, "");
-    }
-
     void memoFilesAreFoundBeside()
     {
-        QFETCH(QStringList, files);
-        QFETCH(QString, table);
-        QFETCH(int, version);
-        QFETCH(QString, found);
-        QTemporaryDir folder;
-        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder.fpt")));
-        for (const QString& file : qAsConst(files))
-            writeFile(folder.filePath(file), "x");
-        const QString path = folder.path() + '/';
-        QCOMPARE(DbfMemoFile::pathBeside(path + table, quint8(version)),
-                 found.isEmpty() ? QString() : path + found);
-        QVERIFY(DbfMemoFile::pathBeside(path + "folder.dbf", 0x30).isEmpty());
+        using Case = std::tuple<QStringList, QString, int, QString>; // files, table, version, found
+        for (const auto& [files, table, version, found] :
+             {Case{{"a.fpt", "a.dbt"}, "a.dbf", 0x30, "a.fpt"},
+              {{"a.fpt", "a.dbt"}, "a.dbf", 0x83, "a.dbt"},
+              {{"a.fpt", "a.dbt"}, "a.dbf", 0x03, ""},
+              {{"a.dbt"}, "a.dbf", 0x30, ""},
+              {{"A.Dbt"}, "A.DBF", 0x8B, "A.Dbt"},
+              {{"a.FPt", "a.FPT"}, "a.dbf", 0x30, "a.FPT"},
+              {{"a.FPT", "a.fpt"}, "a.dbf", 0x30, "a.fpt"},
+              {{"ab.fpt", "a.b.fpt", "A.fpt", "a.fptx"}, "a.dbf", 0x30, ""},
+              {{"a.b.fpt", "a.fpt"}, "a.b.dbf", 0x30, "a.b.fpt"},
+              {{"a[1]*.fpt"}, "a[1]*.dbf", 0x30, "a[1]*.fpt"},
+              {{"a.fpt"}, "a", 0x30, "a.fpt"},
+              {{".fpt"}, "", 0x30, ""}}) {
+            QTemporaryDir folder;
+            QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder.fpt")));
+            for (const QString& file : files)
+                writeFile(folder.filePath(file), "x");
+            const QString path = folder.path() + '/';
+            QCOMPARE(DbfMemoFile::pathBeside(path + table, quint8(version)),
+                     found.isEmpty() ? QString() : path + found);
+            QVERIFY(DbfMemoFile::pathBeside(path + "folder.dbf", 0x30).isEmpty());
+        }
     }
 
     void columnsGiveWhatTheyPointTo_data()
     {
-        QTest::addColumn<QByteArray>("pointer");
-        QTest::addColumn<int>("length");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QString>("error");
+        addColumns<QByteArray, int, QVariant, QString>({"pointer", "length", "value", "error"});
         const auto row = [](const QByteArray& pointer, int length, const QVariant& value,
                             const char* error = "") {
             QTest::addRow("%d %s", length, pointer.toHex().constData())
@@ -341,15 +292,13 @@ private slots:
 
     void onlyNothingIsWritten_data()
     {
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<bool>("isNothing");
-        QTest::newRow("invalid") << QVariant() << true;
-        QTest::newRow("null text") << QVariant(QString()) << true;
-        QTest::newRow("null date") << QVariant(QDate()) << true;
-        QTest::newRow("text") << QVariant(text) << false;
-        QTest::newRow("empty text") << QVariant(QString("")) << false;
-        QTest::newRow("bytes") << QVariant(QByteArray("8")) << false;
-        QTest::newRow("number") << QVariant(8) << false;
+        addColumns<QVariant, bool>({"value", "isNothing"});
+        for (const QVariant& value : {QVariant(), QVariant(QString()), QVariant(QDate())})
+            QTest::addRow("no %s", value.typeName()) << value << true;
+        for (const QVariant& value :
+             {QVariant(text), QVariant(""), QVariant(QByteArray("8")), QVariant(8)})
+            QTest::addRow("%s %s", value.typeName(), qPrintable(value.toString()))
+                << value << false;
     }
 
     void onlyNothingIsWritten()
@@ -361,9 +310,10 @@ private slots:
         const DbfRecord record(0, {value, {}, value});
         const QVector<DbfValueProblem> problems = checkValues(record, schema);
         QCOMPARE(problems.size(), isNothing ? 0 : 2);
-        for (const DbfValueProblem& problem : problems)
-            QVERIFY(problem.reason == DbfValueProblem::Reason::NotWritable &&
-                    problem.text().endsWith("cannot be written"));
+        for (const DbfValueProblem& problem : problems) {
+            QCOMPARE(int(problem.reason), int(DbfValueProblem::Reason::NotWritable));
+            QVERIFY(problem.text().endsWith("cannot be written"));
+        }
         QVERIFY(checkRecordSizeOverflow(record, schema).isEmpty());
 
         QVariant converted = value;
