@@ -66,7 +66,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR}/dbf)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Reads, updates, appends, creates and restructures DBF table files on any
 QIODevice.
 
-This package contains the command dbftable, which looks into tables, makes them of CSV texts and back,
-checks, repairs, packs, recodes and restructures them.")
+This package contains the command dbftable, which looks into tables, makes them of CSV texts
+and back, checks, repairs, packs, recodes and restructures them.")
 
 include(CPack)

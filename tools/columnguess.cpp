@@ -31,6 +31,12 @@ bool isLogical(const QString& cell)
     return words.contains(cell.toLower());
 }
 
+bool isAscii(const QString& cell)
+{
+    return std::all_of(cell.begin(), cell.end(),
+                       [](QChar character) { return character.unicode() < 0x80; });
+}
+
 bool isDigits(const QString& text)
 {
     return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar character) {
@@ -45,7 +51,10 @@ void ColumnGuess::add(const QString& cell, QTextCodec* codec)
     if (cell.isEmpty())
         return;
     m_isEmpty = false;
-    m_bytes = std::max(m_bytes, codec->fromUnicode(cell).size());
+    // Encoding each cell would take most of the time.
+    if (!isAscii(cell))
+        m_bytes = std::max(m_bytes, codec->fromUnicode(cell).size());
+    m_bytes = std::max(m_bytes, cell.size());
     m_isDate = m_isDate && isDate(cell);
     m_isLogical = m_isLogical && isLogical(cell);
     if (m_isNumber)
