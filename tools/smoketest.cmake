@@ -111,6 +111,23 @@ foreach(edit "--drop X" "--add ЦЕНА:C:3" "--rename ЦЕНА=" "--resize В_�
 endforeach()
 expect(2 "in-place" [[$D pack IBM866.dbf]])
 
+# Memos are read, looked for and taken along.
+expect(1 "column A: 1 values cannot be read, first in record 2" [[
+    printf 'A:C:10\n         1\n         9\n' >m.csv; $D import m.csv m.dbf
+    printf '\203' | dd of=m.dbf bs=1 conv=notrunc status=none
+    printf M | dd of=m.dbf bs=1 seek=43 conv=notrunc status=none
+    { head -c 512 /dev/zero; printf 'long text\032'; } >m.dbt; $D check m.dbf]])
+expect(3 "{\"A\":\"long text\"}\n{\"A\":null}\n.*not whole" [[$D cat --json m.dbf]])
+expect(0 "memo file .*n.dbt.*long text" [[$D restructure --rename A=B m.dbf n.dbf; $D info n.dbf
+    $D cat --range 1-1 n.dbf]])
+expect(3 "memo file would stay" [[$D recode --to 866 --in-place m.dbf]])
+
+# An index file that would be wrong keeps a table from being rewritten, and is announced by no copy.
+expect(0 "index.*\n 00\n 00\n" [[cp IBM866.dbf i.dbf
+    printf '\001' | dd of=i.dbf bs=1 seek=28 conv=notrunc status=none
+    $D pack --in-place i.dbf; [ $? -eq 3 ] && $D pack i.dbf j.dbf && od -An -tx1 -j28 -N1 j.dbf &&
+        $D pack --in-place --ignore-indexes i.dbf && od -An -tx1 -j28 -N1 i.dbf]])
+
 # Nothing replaces what is read, under whatever name, nor a pipe.
 expect(0 "^$" [[ln IBM866.dbf hard; ln -s IBM866.dbf symbolic; mkfifo pipe; cp IBM866.dbf before
     for target in IBM866.dbf hard symbolic pipe /dev/null; do
