@@ -1,17 +1,20 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#ifndef CSV_CSVTEXT_H
-#define CSV_CSVTEXT_H
+#ifndef TOOLS_CSVTEXT_H
+#define TOOLS_CSVTEXT_H
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
+#include <QtCore/QVector>
 
 class QIODevice;
 
-/// Writes \a row as one line of CSV: the cells between commas, those that need it in quotes.
-void writeRow(const QStringList& row, QTextStream& out);
+/// Appends \a row, cells in UTF-8, to \a text as one line of CSV: the cells between commas, those
+/// that need it in quotes.
+void appendRow(const QVector<QByteArray>& row, QByteArray& text);
 
 /// Reads the rows of a CSV text in UTF-8 one after another; no more than one row and a block of the
 /// text are in memory.

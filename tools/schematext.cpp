@@ -1,11 +1,8 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include "csvfields.h"
+#include "schematext.h"
 
-#include "quickstart/tableprinter.h"
-
-#include <QtCore/QDate>
 #include <QtCore/QRegularExpression>
 
 using namespace dbf;
@@ -52,7 +49,7 @@ bool isPossible(int length, char letter)
 
 } // namespace
 
-QString headerCell(const DbfFieldDescriptor& field)
+QString fieldText(const DbfFieldDescriptor& field)
 {
     const DbfFieldDescriptor text = textField(field);
     const auto letter = QLatin1Char(static_cast<char>(text.type));
@@ -61,11 +58,11 @@ QString headerCell(const DbfFieldDescriptor& field)
              QString::number(text.decimals));
 }
 
-bool parseHeaderCell(const QString& cell, DbfFieldDescriptor* field)
+bool parseField(const QString& text, DbfFieldDescriptor* field)
 {
     static const QRegularExpression pattern(
         QStringLiteral("^(.+):([CDFLN]):(\\d{1,3})(?::(\\d{1,3}))?\\z"));
-    const QRegularExpressionMatch match = pattern.match(cell);
+    const QRegularExpressionMatch match = pattern.match(text);
     if (!match.hasMatch())
         return false;
     const char letter = match.captured(2).at(0).toLatin1();
@@ -77,17 +74,4 @@ bool parseHeaderCell(const QString& cell, DbfFieldDescriptor* field)
                                 static_cast<unsigned char>(length),
                                 static_cast<unsigned char>(decimals));
     return true;
-}
-
-QString cellText(const DbfRecordCursor& cursor, int column, const DbfFieldDescriptor& field)
-{
-    const QVariant value = cursor.value(column);
-    const bool isNumber = field.type == DbfFieldType::Numeric || field.type == DbfFieldType::Float;
-    if (isNumber || !value.isValid()) {
-        const QString text = cursor.text(column).toString();
-        return text == QLatin1String("?") ? QString() : text;
-    }
-    if (value.userType() == QMetaType::Bool)
-        return value.toBool() ? QStringLiteral("T") : QStringLiteral("F");
-    return valueText(value, field);
 }

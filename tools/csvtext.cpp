@@ -16,37 +16,42 @@ bool isLineEnd(QChar character)
 }
 
 /// Spaces at the ends are quoted, too: some programs drop those that are not.
-bool needsQuotes(const QString& cell)
+bool needsQuotes(const QByteArray& cell)
 {
-    const auto isSpecial = [](QChar character) {
-        return character == QLatin1Char(',') || character == QLatin1Char('"') ||
-               isLineEnd(character);
+    const auto isSpecial = [](char byte) {
+        return byte == ',' || byte == '"' || byte == '\n' || byte == '\r';
     };
-    return std::any_of(cell.cbegin(), cell.cend(), isSpecial) ||
-           cell.startsWith(QLatin1Char(' ')) || cell.endsWith(QLatin1Char(' '));
+    return !cell.isEmpty() && (cell.front() == ' ' || cell.back() == ' ' ||
+                               std::any_of(cell.begin(), cell.end(), isSpecial));
 }
 
-void writeCell(QString cell, QTextStream& out)
+void appendQuoted(const QByteArray& cell, QByteArray& text)
 {
-    if (needsQuotes(cell))
-        out << '"' << cell.replace(QLatin1Char('"'), QLatin1String("\"\"")) << '"';
-    else
-        out << cell;
+    text += '"';
+    for (const char byte : cell) {
+        if (byte == '"')
+            text += '"';
+        text += byte;
+    }
+    text += '"';
 }
 
 } // namespace
 
-void writeRow(const QStringList& row, QTextStream& out)
+void appendRow(const QVector<QByteArray>& row, QByteArray& text)
 {
     // An only cell that is empty would make an empty line, which reads as no row at all.
     if (row.size() == 1 && row.first().isEmpty())
-        out << "\"\"";
+        text += "\"\"";
     for (int i = 0; i < row.size(); ++i) {
         if (i > 0)
-            out << ',';
-        writeCell(row.at(i), out);
+            text += ',';
+        if (needsQuotes(row.at(i)))
+            appendQuoted(row.at(i), text);
+        else
+            text += row.at(i);
     }
-    out << '\n';
+    text += '\n';
 }
 
 CsvReader::CsvReader(QIODevice* device) : m_stream(device)
