@@ -7,20 +7,18 @@ compare.py INTEROP FOLDER REPORT: the library's program, a folder to work in, th
 Fails when a program differs in any other way than those named here, or when one of those is gone.
 """
 
-import csv
 import datetime
 import decimal
-import json
-import math
-import os
-import subprocess
 import sys
 
 import dbfread
 
-interop, folder, report = sys.argv[1:]
+import codepages
+import strangers
+from programs import (PROGRAMS, Refused, as_library, encodings, folder, interop, path, report, run,
+                      same)
 
-CYRILLIC = "Чай чёрный"
+CYRILLIC = strangers.CYRILLIC
 
 # What is known to differ, and why: (table, program) -> (columns, reason). Values that are missing
 # are told from the others.
@@ -46,118 +44,57 @@ for cyrillic in ("windows-cyrillic", "dos-cyrillic"):
 for blank in ("windows-cyrillic", "dos-cyrillic", "restructured"):
     KNOWN[blank, "soffice"] = ({"missing TRUTH"}, NO_UNKNOWN)
 
+# The same of the tables of other programs: (program, version, type letter) -> reason, the version
+# None where it does not matter.
+NO_MEMO = "the program shows where the memo begins, not the memo"
+OFFICE_MEMO = "the program shows no memos of tables of versions 0x30 and 0x31"
+OFFICE_BYTES = ("the program shows nothing for pictures, objects, memos marked binary and pointers "
+                "to binary memos")
+COUNTED_HEAD = "the program takes 8 bytes behind the memo for a part of it"
+BLOCKS_OF_512 = "the program takes blocks of 1024 bytes for blocks of 512"
+POINTER = ("the library gives the pointer's bytes, the program what it leads to, with 8 bytes that "
+           "stand behind it")
+VARIABLE = ("the library gives all bytes, the last of which may be a length; the program takes "
+            "them for text")
+UNOPENED = "the program does not open tables of this version"
+NO_SUCH_TYPE = "the program does not open tables with columns of type Q or W"
+KNOWN_LETTERS = {
+    ("dbfread", 0x32, "V"): VARIABLE,
+    ("dbfread", 0x8B, "M"): COUNTED_HEAD,
+    ("dbfread", 0x8B, "B"): POINTER,
+    ("dbfread", 0xCB, "M"): BLOCKS_OF_512,
+    ("soffice", None, "G"): OFFICE_BYTES,
+    ("soffice", None, "P"): OFFICE_BYTES,
+    ("soffice", 0x8B, "B"): OFFICE_BYTES,
+    ("soffice", 0x30, "M"): OFFICE_MEMO,
+    ("soffice", 0x31, "M"): OFFICE_MEMO,
+    ("dbfdump", None, "D"): NOT_SHOWN,
+    ("dbfdump", None, "L"): NOT_SHOWN,
+}
+for plain in ("ogr2ogr", "dbfdump"):
+    KNOWN_LETTERS.update({(plain, None, letter): NO_MEMO for letter in "MGPW"})
+    KNOWN_LETTERS.update({(plain, None, letter): NO_BINARY for letter in "TYIBVQ0"})
+NOT_OPENED = {("soffice", f"version-{version:02x}"): UNOPENED
+              for version in (0x02, 0x32, 0x63, 0xCB, 0xFB)}
+NOT_OPENED["soffice", "version-32-binary"] = UNOPENED
+NOT_OPENED["dbfread", "version-32-binary"] = NO_SUCH_TYPE
 
-def run(*command, **environment):
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          env={**os.environ, **environment}).stdout
-
-
-def path(name):
-    return os.path.join(folder, name)
-
-
-class Table:
-    """Columns as (name, type letter), rows as (deleted, values by name)."""
-
-    def __init__(self, columns, rows):
-        self.columns = columns
-        self.rows = rows
-
-
-def as_library(name, *codec):
-    lines = [json.loads(line) for line in run(interop, "dump", path(name), *codec).splitlines()]
-    names = [column[0] for column in lines[0]]
-    return Table(lines[0], [(line[0], dict(zip(names, line[1:]))) for line in lines[1:]])
-
-
-def as_dbfread(name, columns):
-    class Raw(dbfread.FieldParser):
-        """Gives the error in the place of a value that the program refuses."""
-
-        def parse(self, field, data):
-            try:
-                return super().parse(field, data)
-            except Exception as error:
-                return error
-
-    table = dbfread.DBF(path(name), ignore_missing_memofile=True, parserclass=Raw)
-    live = [(False, dict(record)) for record in table]
-    return live + [(True, dict(record)) for record in table.deleted]
-
-
-def as_ogr2ogr(name, columns):
-    output = run("ogr2ogr", "-f", "GeoJSONSeq", "/vsistdout/", path(name))
-    features = [json.loads(line.decode("utf-8", "replace")) for line in output.splitlines()]
-    return [(False, {column: feature["properties"].get(column) for column, letter in columns})
-            for feature in features]
-
-
-def as_dbfdump(name, columns):
-    encoding = "cp866" if name.startswith("dos") else "cp1251"
-    rows = []
-    for block in run("dbfdump", "-m", path(name)).split(b"\nRecord: ")[1:]:
-        lines = block.split(b"\n")[1:]
-        values = {}
-        for (column, letter), line in zip(columns, lines):
-            text = line[len(column) + 2:].decode(encoding, "replace").strip()
-            values[column] = None if text in ("(NULL)", "") else text
-        rows.append((b"(DELETED)" in lines, values))
-    return rows
-
-
-def as_soffice(name, columns):
-    """The program is told the code page, and takes the way it shows dates from the language."""
-    code_page = 30 if name.startswith("dos") else 34  # by its own numbers
-    run("soffice", "-env:UserInstallation=file://" + path("profile"), "--headless",
-        f"--infilter=dBase:{code_page}", "--convert-to",
-        "csv:Text - txt - csv (StarCalc):44,34,76,1", "--outdir", folder, path(name),
-        LC_ALL="en_CA.UTF-8")
-    with open(path(name[:-len("dbf")] + "csv"), newline="", encoding="utf-8") as source:
-        rows = list(csv.reader(source))[1:]
-    return [(False, {column: text or None for (column, letter), text in zip(columns, row)})
-            for row in rows]
-
-
-PROGRAMS = {"dbfread": as_dbfread, "ogr2ogr": as_ogr2ogr, "dbfdump": as_dbfdump,
-            "soffice": as_soffice}
-TRUTH = {"T": True, "TRUE": True, "F": False, "FALSE": False, "?": None}
-
-
-def number(value):
-    try:
-        return decimal.Decimal(str(value))
-    except decimal.InvalidOperation:
-        return None
-
-
-def same_number(letter, ours, theirs):
-    if number(theirs) is None or ours is None:
-        return False
-    if isinstance(theirs, decimal.Decimal) or letter == "I":
-        return number(ours) == number(theirs)
-    return math.isclose(float(ours), float(theirs), rel_tol=1e-15)
-
-
-def same_time(ours, theirs):
-    """Programs that show text show minutes."""
-    if isinstance(theirs, datetime.datetime):
-        return ours == theirs.isoformat(timespec="milliseconds")
-    return theirs is not None and ours is not None and ours[:16] == theirs.replace(" ", "T")
-
-
-def same(letter, ours, theirs):
-    """Whether two values are equal; no value is equal to no value alone."""
-    if letter == "C":
-        return ours == (theirs or "")
-    if letter == "L":
-        return ours == TRUTH.get(theirs, theirs)
-    if ours is None and theirs is None:
-        return True
-    if letter in "NFIYB":
-        return same_number(letter, ours, theirs)
-    if letter == "T":
-        return same_time(ours, theirs)
-    return ours == (theirs.isoformat() if isinstance(theirs, datetime.date) else theirs)
+# The same of code pages: (byte or codec, program or None for all) -> (codes that are equal, that
+# differ, that the library alone knows, that the program alone knows), reason.
+MICRO = "code 0xE6 is the Greek letter mu to the library, the micro sign to the program"
+KNOWN_CODES = {(codec, None): ((127, 1, 0, 0), MICRO)
+               for codec in ("IBM437", "IBM860", "IBM861", "IBM863", "IBM865")}
+KNOWN_CODES.update({
+    (0x66, None): ((54, 74, 0, 0), "code page byte 0x66 is DOS Cyrillic to the library, DOS Nordic "
+                   "to the program"),
+    (0x57, "ogr2ogr"): ((96, 0, 27, 0), "the program takes code page byte 0x57 for ISO 8859-1"),
+    ("IBM852", None): ((127, 0, 0, 1), "code 0xAA, the not sign, is missing in Qt's codec"),
+    ("windows-1253", None): ((111, 0, 1, 0), "code 0xAA is a sign in Qt's codec alone"),
+    ("GBK", "dbfread"): ((21791, 0, 1, 0), "code 0x80 is the euro sign in Qt's codec"),
+    ("Big5", "dbfread"): ((13503, 0, 0, 249), "the program has signs from code 0xC6A1 on that Qt's "
+                          "codec does not have"),
+    ("x-mac-cyrillic", "ogr2ogr"): ((126, 2, 0, 0), "the program's set is an older one"),
+})
 
 
 def differing_columns(table, rows):
@@ -189,6 +126,11 @@ def note(reason):
     return notes.index(reason) + 1
 
 
+def equal_values(rows):
+    count = sum(len(values) for mark, values in rows)
+    return f"{count} values equal" if count else "no record, as written"
+
+
 def cell(what, program, table, rows):
     """Returns the words for the report after holding the result against what is known."""
     different = differing_columns(table, rows)
@@ -196,9 +138,8 @@ def cell(what, program, table, rows):
     if different != expected:
         failures.append(f"{what} with {program}: {sorted(different)} differ, "
                         f"{sorted(expected)} were to")
-    count = sum(len(values) for mark, values in rows)
     if not different:
-        return f"{count} values equal" if count else "no record, as written"
+        return equal_values(rows)
     names = ", ".join(prefix + name for name, letter in table.columns for prefix in ("", "missing ")
                       if prefix + name in different)
     return f"all but {names} [{note(reason)}]"
@@ -249,16 +190,137 @@ def shapelib_table(encoding):
 
 def program_tables():
     """The tables that the other programs write, as the library reads them."""
-    for program, make, encoding, codec in (("ogr2ogr", ogr_table, "CP1251", ""),
-                                           ("ogr2ogr", ogr_table, "CP866", "IBM 866"),
-                                           ("ogr2ogr", ogr_table, "UTF-8", "UTF-8"),
-                                           ("dbfadd", shapelib_table, "cp1251", "Windows-1251")):
+    for program, make, encoding, label in (("ogr2ogr", ogr_table, "CP1251", ""),
+                                           ("ogr2ogr", ogr_table, "CP866", ""),
+                                           ("ogr2ogr", ogr_table, "UTF-8", ""),
+                                           ("dbfadd", shapelib_table, "cp1251", "ANSI 1251")):
         name, rows = make(encoding)
-        table = as_library(name, *filter(None, [codec]))
+        how = f"codec of the label {label}"
+        if not label:
+            with open(path(name[:-len("dbf")] + "cpg")) as beside:
+                label = beside.read()
+            how = f"codec of the label {label}, which its .cpg file has"
+        table = as_library(name, label)
         names = [column[0] for column in table.columns]
         theirs = [(False, dict(zip(names, row))) for row in rows]
-        how = f"codec {codec} imposed" if codec else "by itself"
         yield program, encoding, how, cell(name, "library", table, theirs)
+
+
+def known_difference(program, stranger, column):
+    """Returns (the name by which a column is to differ, the reason)."""
+    letter = column.letter
+    if program == "soffice" and letter == "L":
+        return "missing " + column.name, NO_UNKNOWN
+    if program == "soffice" and letter == "M" and column.flags & strangers.BINARY:
+        return column.name, OFFICE_BYTES
+    reason = KNOWN_LETTERS.get((program, stranger.version, letter),
+                               KNOWN_LETTERS.get((program, None, letter)))
+    return column.name, reason
+
+
+def stranger_cell(program, stranger, table):
+    """Returns the words for what a program reads in a table of another one."""
+    where = f"{stranger.name} with {program}"
+    unopened = NOT_OPENED.get((program, stranger.name))
+    try:
+        rows = PROGRAMS[program](stranger.name + ".dbf", table.columns)
+    except Refused:
+        if not unopened:
+            failures.append(f"{where}: refused")
+        return f"refused [{note(unopened or '')}]"
+    known = [known_difference(program, stranger, column) for column in stranger.columns]
+    reasons = {name: reason for name, reason in known if reason}
+    different = differing_columns(table, rows)
+    if unopened or different != set(reasons):
+        failures.append(f"{where}: {sorted(different)} differ, {sorted(reasons)} were to")
+    if not different:
+        return equal_values(rows)
+    by_reason = {}
+    for name, reason in reasons.items():
+        by_reason.setdefault(reason, []).append(name)
+    return "all but " + "; ".join(f"{', '.join(names)} [{note(reason)}]"
+                                  for reason, names in by_reason.items())
+
+
+def is_as_written(written, read):
+    """Whether the library reads a value of a table of another program as it was meant."""
+    if isinstance(written, decimal.Decimal):
+        return read is not None and decimal.Decimal(str(read)) == written
+    if isinstance(written, datetime.datetime):
+        return read == written.isoformat(timespec="milliseconds")
+    if isinstance(written, datetime.date):
+        return read == written.isoformat()
+    return type(read) in (type(written), int if isinstance(written, float) else type(written)) \
+        and read == written
+
+
+def as_written(stranger, table):
+    """Returns the words for what the library reads in a table of another program."""
+    pairs = zip(stranger.rows(), table.rows, strict=True)
+    wrong = {name for (deleted, written), (mark, read) in pairs for name in written
+             if deleted != mark or not is_as_written(written[name], read[name])}
+    if wrong:
+        failures.append(f"{stranger.name}: {sorted(wrong)} are not read as written")
+    return equal_values(table.rows)
+
+
+def stranger_tables():
+    """The tables of other programs, each written byte by byte."""
+    for stranger in strangers.strangers():
+        name = stranger.name + ".dbf"
+        stranger.write(folder)
+        encodings[name] = stranger.encoding
+        table = as_library(name)
+        kind = f"0x{stranger.version:02X}"
+        if stranger.memos:
+            kind += ", " + stranger.memos.suffix.upper()
+        letters = " ".join(dict.fromkeys(column.letter for column in stranger.columns))
+        yield [kind, letters, as_written(stranger, table)] + [
+            stranger_cell(program, stranger, table) for program in PROGRAMS]
+
+
+def refused_tables():
+    """The tables that the library refuses, and whether the others read the text in them."""
+    for name in strangers.refused_tables(folder):
+        try:
+            as_library(name + ".dbf")
+            failures.append(f"{name} is read")
+        except Refused as refusal:
+            cells = [str(refusal)]
+        for program, read in PROGRAMS.items():
+            try:
+                rows = read(name + ".dbf", [("TEXT", "C")])
+                is_read = any("Hello" in map(str, values.values()) for mark, values in rows)
+                cells.append("reads it" if is_read else "opens it, shows other values")
+            except Refused:
+                cells.append("refused")
+        yield [name] + cells
+
+
+def code_cell(code_page, codec, program, counts):
+    """Returns the words for how a program takes the codes of a code page."""
+    if not any(counts[:2]):
+        return "not known"
+    expected, reason = next((KNOWN_CODES[key] for key in ((code_page, program), (code_page, None),
+                                                          (codec, program), (codec, None))
+                             if key in KNOWN_CODES), ((counts[0], 0, 0, 0), ""))
+    if counts != expected:
+        failures.append(f"code page byte 0x{code_page:02X} with {program}: {counts}, "
+                        f"{expected} were to be")
+    words = [f"{counts[0]} equal"]
+    words += [f"{count} {what}" for count, what in zip(counts[1:], (
+        "differ", "known to the library alone", "known to the program alone")) if count]
+    return ", ".join(words) + (f" [{note(reason)}]" if reason else "")
+
+
+def code_pages():
+    """What code page bytes mean, with the bytes of which all the same is true in one row."""
+    groups = {}
+    for code_page, codec, encoding, results in codepages.compare():
+        row = (codec, encoding or "", *(code_cell(code_page, codec, program, counts)
+                                        for program, counts in results.items()))
+        groups.setdefault(row, []).append(f"{code_page:02X}")
+    return [[" ".join(codes), *row] for row, codes in groups.items()]
 
 
 def version(*command):
@@ -271,6 +333,11 @@ def main():
     office = " ".join(version("soffice", "--version").split()[:2])
     ours = list(library_tables())
     theirs = list(program_tables())
+    foreign = list(stranger_tables())
+    refused = list(refused_tables())
+    pages = code_pages()
+    if failures:
+        sys.exit("\n".join(failures))
     lines = [
         "# Interoperation", "",
         "`scripts/interop` wrote this page. It compares every value of tables that the library",
@@ -293,14 +360,40 @@ def main():
         "## Read by the library", "",
         "| written by | text in | read | result |", "| --- | --- | --- | --- |"]
     lines += [f"| {' | '.join(row)} |" for row in theirs]
-    lines += ["", "## What differs, and why", ""]
-    lines += [f"{i}. In the columns named: {reason}." for i, reason in enumerate(notes, 1)]
     lines += [
-        "", "A table that names no code page, or one other than Windows and DOS Cyrillic, needs",
-        "its codec imposed; see the [guide](guide.md). What the default converters write instead",
-        "is told in [values.md](values.md)."]
-    if failures:
-        sys.exit("\n".join(failures))
+        "", "## Tables of every version", "",
+        "[interop/strangers.py](../interop/strangers.py) writes these tables and their memo files",
+        "byte by byte, without the library, from the layouts of [format.md](format.md): every",
+        "version that the library reads, with the type letters that belong to it. All are read in",
+        "the way that the [guide](guide.md) shows for tables in other code pages, memos included;",
+        "the library's column says whether it reads what was meant, the others whether they read",
+        "the same. Each table has a record without values and one marked deleted; the memos are",
+        "short, of several lines, and longer than a block. That `soffice` shows a line feed where",
+        "a memo has a carriage return before it counts as equal.", "",
+        "| version | letters | library | " + " | ".join(PROGRAMS) + " |",
+        "| --- | --- | --- |" + " --- |" * len(PROGRAMS)]
+    lines += [f"| {' | '.join(row)} |" for row in foreign]
+    lines += [
+        "", "Tables with one of these version bytes but another layout are refused: those with",
+        "field descriptors of 48 bytes (`wide`), and those with a header of 8 bytes (`short`).", "",
+        "| table | library | " + " | ".join(PROGRAMS) + " |",
+        "| --- | --- |" + " --- |" * len(PROGRAMS)]
+    lines += [f"| {' | '.join(row)} |" for row in refused]
+    lines += [
+        "", "## Code pages", "",
+        "For each code page byte to which `DbfTable::codecByLanguageDriver` knows a codec there is",
+        "a table that has it, with a record for each code from 0x80 on; for Chinese, Japanese and",
+        "Korean, for each pair of bytes, too. The columns count the codes that mean the same",
+        "character to both. Codes that mean none to either, or a private one, are left out.", "",
+        "| bytes, 0x | codec | to dbfread | with dbfread | with ogr2ogr |",
+        "| --- | --- | --- | --- | --- |"]
+    lines += [f"| {' | '.join(row)} |" for row in pages]
+    lines += ["", "## What differs, and why", ""]
+    lines += [f"{i}. {reason[0].upper()}{reason[1:]}." for i, reason in enumerate(notes, 1)]
+    lines += [
+        "", "A table whose code page byte is 0, or means something else than its text, needs its",
+        "codec imposed; see the [guide](guide.md). What the default converters write instead is",
+        "told in [values.md](values.md)."]
     with open(report, "w") as page:
         page.write("\n".join(lines) + "\n")
 

@@ -12,6 +12,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QSaveFile>
 #include <QtCore/QTextCodec>
 
@@ -156,7 +157,8 @@ QJsonValue json(const QVariant& value)
     if (value.userType() == QMetaType::QDateTime)
         return value.toDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz"));
     if (value.userType() == QMetaType::QByteArray)
-        return QString::fromLatin1(value.toByteArray().toHex());
+        return QJsonObject{
+            {QStringLiteral("hex"), QString::fromLatin1(value.toByteArray().toHex())}};
     return QJsonValue::fromVariant(value);
 }
 
@@ -165,30 +167,66 @@ void print(const QJsonArray& line)
     std::printf("%s\n", QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
 }
 
-/// Prints a line with the columns, [name, type letter] each, then one per record: whether it is
-/// marked deleted, and its values.
-bool dump(const QString& path, QTextCodec* codec)
+bool fail(const QString& reason)
 {
-    QFile file(path);
-    DbfTable table(&file);
-    table.overrideTextCodec(codec);
-    table.setConverterChoice(nullableConverter);
-    if (!table.open(QIODevice::ReadOnly))
-        return false;
+    std::fprintf(stderr, "%s\n", qPrintable(reason));
+    return false;
+}
 
+void printColumns(const DbfSchema& schema)
+{
     QJsonArray columns;
-    for (const DbfColumn& column : table.schema().columns)
+    for (const DbfColumn& column : schema.columns)
         columns.append(QJsonArray{column.descriptor.name,
                                   QString(QLatin1Char(static_cast<char>(column.descriptor.type)))});
     print(columns);
+}
+
+quint8 versionOf(QFile& file)
+{
+    char version = 0;
+    return file.open(QIODevice::ReadOnly) && file.peek(&version, 1) == 1
+               ? static_cast<quint8>(version)
+               : 0;
+}
+
+/// Prints a line with the columns, [name, type letter] each, then one per record: whether it is
+/// marked deleted, and its values; bytes are {"hex": digits}.
+bool dump(const QString& path, QTextCodec* codec)
+{
+    QFile file(path);
+    const quint8 version = versionOf(file);
+    QFile memoFile(DbfMemoFile::pathBeside(path, version));
+    DbfMemoFile memo(&memoFile, version);
+    DbfTable table(&file);
+    table.setAcceptedVersions(DbfTable::AllVersions);
+    table.setConverterChoice(nullableConverters(&memo));
+    table.setCodecChoice(codecOfLanguageDriver);
+    table.overrideTextCodec(codec);
+    if (!table.open(QIODevice::ReadOnly))
+        return fail(table.errorString());
+
+    printColumns(table.schema());
     DbfRecordCursor cursor(table);
     while (cursor.next()) {
         QJsonArray line{cursor.isDeleted()};
-        for (int i = 0; i < columns.size(); ++i)
+        for (int i = 0; i < table.schema().columns.size(); ++i)
             line.append(json(cursor.value(i)));
         print(line);
     }
+    if (!memo.errorString().isEmpty())
+        return fail(memo.errorString());
     return !cursor.hasError();
+}
+
+/// Prints a line per language driver that has a codec: its number and the codec's name.
+bool listCodecs()
+{
+    for (int id = 0; id < 256; ++id) {
+        if (const QTextCodec* const codec = DbfTable::codecByLanguageDriver(id))
+            print({id, QString::fromLatin1(codec->name())});
+    }
+    return true;
 }
 
 } // namespace
@@ -207,11 +245,13 @@ int main(int argc, char* argv[])
     else if (command == QLatin1String("restructure"))
         done = restructure(first, second);
     else if (command == QLatin1String("dump"))
-        done =
-            dump(first, second.isEmpty() ? nullptr : QTextCodec::codecForName(second.toLatin1()));
+        done = dump(first, DbfTable::codecByLabel(second.toLatin1()));
+    else if (command == QLatin1String("codecs"))
+        done = listCodecs();
     if (!done)
-        std::fprintf(stderr,
-                     "Usage: interop write SAMPLE FILE | restructure FILE FILE | "
-                     "dump FILE [CODEC]\nor a table that does not open or is not written\n");
+        std::fprintf(
+            stderr,
+            "Usage: interop write SAMPLE FILE | restructure FILE FILE | "
+            "dump FILE [CODEC] | codecs\nor a table that does not open or is not written\n");
     return done ? 0 : 1;
 }
