@@ -474,6 +474,7 @@ private slots:
         row("no table", "abc");
         row("no bytes", header(0, 65, 0) + field("A", 'C', 0) + '\x0D');
         row("ends before", header(0, 400, 8) + field("A", 'C', 7));
+        row("more records", QByteArray(whole).replace(4, 4, "\xFF\xFF\xFF\xFF"));
         row("header", versioned(0x30).bytes().left(200));
     }
 

@@ -98,6 +98,8 @@ void Rewriting::start()
         fail(m_table.errorString());
     if (m_table.descriptor().recordLength == 0)
         fail(QStringLiteral("This is no table: its records have no bytes"));
+    if (m_table.descriptor().recordCount > static_cast<quint32>(layout::maxRecordIndex))
+        fail(QStringLiteral("There are more records than can be numbered"));
     m_file.seek(0);
     m_start = m_file.read(m_table.descriptor().headerLength);
     if (m_start.size() < m_table.descriptor().headerLength)
