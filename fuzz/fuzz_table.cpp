@@ -17,6 +17,11 @@ namespace
 
 constexpr int maxVisited = 40; // records of a table, so that none takes long
 
+void failuresHaveWords(const DbfTable& table)
+{
+    demand(!table.hasError() || !table.errorString().isEmpty(), "a recorded failure has words");
+}
+
 int visitedCount(const DbfTable& table)
 {
     return std::min(table.recordCount(), maxVisited);
@@ -59,8 +64,10 @@ void waysOfReadingAgree(DbfTable& table)
 
 void impossibleReadsAreRefused(DbfTable& table)
 {
-    for (const int index : {-1, table.recordCount(), table.recordCount() - 1})
+    for (const int index : {-1, table.recordCount(), table.recordCount() - 1}) {
         table.readRecord(index), table.isRecordDeleted(index), table.readRecords(index, 2);
+        failuresHaveWords(table);
+    }
     demand(table.readRecords(0, -1).isEmpty(), "no negative range");
     table.readRecords(0, std::numeric_limits<int>::max());
 }
@@ -117,33 +124,7 @@ void appendsAreCounted(FuzzedDataProvider& choices, DbfTable& table, const Memor
 DbfSchemaTransform drawTransform(FuzzedDataProvider& choices, const DbfSchema& schema)
 {
     DbfSchemaTransform transform = DbfSchemaTransform::identity(schema);
-    const auto position = [&choices] { return choices.ConsumeIntegralInRange(-1, 12); };
-    for (int edits = choices.ConsumeIntegralInRange(0, 8); edits > 0; --edits) {
-        const DbfFieldDescriptor field(
-            QString::fromUtf8(drawBytes(choices, 12)),
-            static_cast<DbfFieldType>(choices.PickValueInArray({'C', 'N', 'D', 'F', 'L', 'I'})),
-            choices.ConsumeIntegral<quint8>(), choices.ConsumeIntegral<quint8>());
-        switch (choices.ConsumeIntegralInRange(0, 5)) {
-        case 0:
-            transform.insertNewColumn(position(), field);
-            break;
-        case 1:
-            transform.updateColumn(position(), field);
-            break;
-        case 2:
-            transform.deleteColumn(position());
-            break;
-        case 3:
-            transform.moveColumn(position(), position());
-            break;
-        case 4:
-            transform.schema.setCodec(drawCodec(choices));
-            break;
-        default:
-            if (!transform.schema.columns.isEmpty())
-                transform.schema.columns.last().setConverter(drawConverter(choices));
-        }
-    }
+    edit(choices, transform);
     return transform;
 }
 
@@ -164,8 +145,10 @@ void copiesAreTables(FuzzedDataProvider& choices, DbfTable& table, const MemoryF
     }
     demand(file.content == before && table.lastError() == errorBefore, "a copy changes no source");
     demand(!copied || !target.isOpen(), "a whole copy is closed");
-    if (!copied)
+    if (!copied) {
+        demand(isBroken || !table.errorString().isEmpty(), "a copy that failed has words");
         return;
+    }
 
     DbfTable copy(&target);
     copy.overrideTextCodec(transform.schema.codec);
@@ -204,6 +187,13 @@ void problemsKeepRecordsOut(FuzzedDataProvider& choices, DbfTable& table, const 
         demand(!problem.text().isEmpty(), "a problem has words");
 }
 
+void labelsHaveNoCase(FuzzedDataProvider& choices)
+{
+    const QByteArray label = drawBytes(choices, 12);
+    demand(DbfTable::codecByLabel(label) == DbfTable::codecByLabel(label.toLower() + "\r\n"),
+           "a label means the same in any case");
+}
+
 /// Does the same to a table of any version with the converters in which blank means blank.
 void safeWaysLoseNothing(const uint8_t* data, size_t size)
 {
@@ -234,6 +224,7 @@ void safeWaysLoseNothing(const uint8_t* data, size_t size)
     MemoryFile target;
     const bool copied = table.copyAndTransform(&target, transform, options);
     demand(!copied || table.valueProblems().isEmpty(), "problems stop a copy");
+    demand(copied || !table.errorString().isEmpty(), "a copy that failed has words");
     demand(file.content == before, "a copy changes no source");
 }
 
@@ -254,6 +245,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     table.overrideTextCodec(drawCodec(choices));
     if (!table.open(QIODevice::ReadWrite)) {
         demand(table.hasError() && !table.isOpen(), "a refused table is told");
+        failuresHaveWords(table);
         return 0;
     }
     while (choices.ConsumeBool())
@@ -264,9 +256,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (int i = 0; i < 3; ++i) {
         updatesStayInTheirSlots(choices, table, file);
         appendsAreCounted(choices, table, file);
+        failuresHaveWords(table);
     }
     waysOfReadingAgree(table);
     copiesAreTables(choices, table, file);
+    labelsHaveNoCase(choices);
     table.close();
     return 0;
 }

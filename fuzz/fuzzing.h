@@ -136,6 +136,39 @@ inline QVariant drawValue(FuzzedDataProvider& choices)
     }
 }
 
+/// Edits \a transform at random: columns inserted, changed, moved and deleted, another codec.
+inline void edit(FuzzedDataProvider& choices, dbf::DbfSchemaTransform& transform)
+{
+    const auto position = [&choices] { return choices.ConsumeIntegralInRange(-1, 12); };
+    for (int edits = choices.ConsumeIntegralInRange(0, 8); edits > 0; --edits) {
+        const dbf::DbfFieldDescriptor field(QString::fromUtf8(drawBytes(choices, 12)),
+                                            static_cast<dbf::DbfFieldType>(choices.PickValueInArray(
+                                                {'C', 'N', 'D', 'F', 'L', 'I'})),
+                                            choices.ConsumeIntegral<quint8>(),
+                                            choices.ConsumeIntegral<quint8>());
+        switch (choices.ConsumeIntegralInRange(0, 5)) {
+        case 0:
+            transform.insertNewColumn(position(), field);
+            break;
+        case 1:
+            transform.updateColumn(position(), field);
+            break;
+        case 2:
+            transform.deleteColumn(position());
+            break;
+        case 3:
+            transform.moveColumn(position(), position());
+            break;
+        case 4:
+            transform.schema.setCodec(drawCodec(choices));
+            break;
+        default:
+            if (!transform.schema.columns.isEmpty())
+                transform.schema.columns.last().setConverter(drawConverter(choices));
+        }
+    }
+}
+
 /// Whether two values are the same, a NaN being the same as a NaN.
 inline bool isSame(const QVariant& a, const QVariant& b)
 {

@@ -156,6 +156,7 @@ int main(int argumentCount, char** arguments)
     try {
         const QString folder = QFile::decodeName(arguments[1]);
         writeTables(folder + QStringLiteral("/fuzz_table"));
+        writeTables(folder + QStringLiteral("/fuzz_file"));
         write(folder + QStringLiteral("/fuzz_roundtrip"), QStringLiteral("zeros"),
               QByteArray(100, '\0'));
         writeDecimals(folder + QStringLiteral("/fuzz_decimal"));
