@@ -20,7 +20,8 @@ class DbfMemoFile;
 /// - Bytes: a pointer to nothing for an invalid or null value; what else there is cannot be written
 ///   and throws DbfTable::WriteError, so that a record with it is not written.
 ///   DbfTable::updateValues keeps the pointer of a field whose value is the one that it leads to.
-/// - Value: in an M column a QString, text in the codec of the schema, or a QByteArray where the
+/// - Value: in an M column, one that is marked binary included, a QString, text in the codec of the
+///   schema, or a QByteArray where the
 ///   memo file says that it is something else; in other columns a QByteArray. Invalid where there
 ///   is no memo, and where it cannot be read: DbfMemoFile::errorString() then says why. In fields
 ///   of 4 bytes a pointer is a little-endian number, in others it is digits; one that is no block

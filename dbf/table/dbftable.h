@@ -33,10 +33,10 @@ struct DbfValueProblem;
 ///
 /// Records are numbered from 0. Operations that fail return false, an empty vector, a transient
 /// blank record, or true (isRecordDeleted()), and record a code in the table, which lastError()
-/// shows. The code is sticky: nothing clears it, and open(), reopen() and actualize() refuse to run
-/// while there is one; a caller recovers by making a new table on the device. Only
-/// copyAndTransform() records nothing. Exceptions of a caller's own converter or device, and those
-/// of failed memory allocation, pass through.
+/// shows, and a text, errorString(). Both stay until clearError(), and open(), reopen() and
+/// actualize() refuse to run while there is a code. Only copyAndTransform() records no code.
+/// Exceptions of a caller's own converter or device, and those of failed memory allocation, pass
+/// through.
 ///
 /// The static functions are the pieces the operations are made of: pure functions on the bytes of
 /// the format, and primitives on a device. They report failure by throwing a DbfTableError; a
@@ -70,7 +70,7 @@ public:
         OpenError = 1,               ///< No device, or the device did not open.
         ReadError = 2,               ///< A read came short, or a record slot is out of reach.
         WriteError = 3,              ///< A write came short, or the image to write is too short.
-        UnsupportedVersionError = 5, ///< The version byte is not one that the library reads.
+        UnsupportedVersionError = 5, ///< The version is not accepted, see setAcceptedVersions().
         HeaderTooLongError = 7, ///< Header or record length would not fit the 16 bits they have.
     };
 

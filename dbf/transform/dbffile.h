@@ -58,7 +58,8 @@ DBFTABLE_EXPORT bool packFile(const QString& path, const DbfFileOptions& options
 
 /// Rewrites the table file at \a path with the columns that \a edit makes of the identity of its
 /// own, its metadata kept (DbfCopyOptions::keepMetadata). All or nothing, and in all else, as
-/// packFile(); what \a edit throws passes through, too.
+/// packFile(); what \a edit throws passes through, too, and so does the std::out_of_range of
+/// DbfTable::copyAndTransform() for an edit that breaks the transform.
 DBFTABLE_EXPORT bool restructureFile(const QString& path,
                                      const std::function<void(DbfSchemaTransform& transform)>& edit,
                                      const DbfFileOptions& options = {},
