@@ -204,6 +204,8 @@ void TestTableModel::filtersCompare_data()
     };
     row("equal text", 0, Comparison::Equal, "ann", {0});
     row("other text", 0, Comparison::NotEqual, "ann", {1, 2});
+    row("text before", 0, Comparison::Less, "bob", {0});
+    row("text from on", 0, Comparison::AtLeast, "bob", {1, 2});
     row("equal number", 1, Comparison::Equal, "2", {0});
     row("less", 1, Comparison::Less, 20, {0});
     row("at most", 1, Comparison::AtMost, 20, {0, 1});
@@ -215,7 +217,10 @@ void TestTableModel::filtersCompare_data()
     row("no number", 1, Comparison::NotEqual, "x", {0, 1, 2});
     row("no number is less", 1, Comparison::Less, "x", {});
     row("date", 2, Comparison::Greater, "2024-02-28", {0});
+    row("day", 2, Comparison::Equal, QDate(2024, 2, 29), {0});
+    row("no day", 2, Comparison::Less, "soon", {});
     row("truth", 3, Comparison::Equal, true, {0});
+    row("untruth", 3, Comparison::AtMost, false, {1});
     row("moment", 4, Comparison::AtLeast, "2000-01-01T00:00:00", {0});
 }
 
@@ -236,9 +241,11 @@ void TestTableModel::filtersCompare()
          QByteArray(263, '\0')});
     QVERIFY(model->setFilter(column, Comparison(comparison), value));
     QCOMPARE(shown(*model), rows);
-    model->sort(4);
-    model->sort(3);
-    model->sort(2);
+    QVERIFY(model->setFilter(QString()));
+    for (const int key : {4, 3, 2}) {
+        model->sort(key);
+        QCOMPARE(shown(*model), key == 4 ? QVector<int>({0, 1, 2}) : QVector<int>({1, 0, 2}));
+    }
     QVERIFY(model->setFilter("bO"));
     QCOMPARE(shown(*model), QVector<int>({1}));
     QVERIFY(!model->setFilter(5, Comparison::Equal, 1));
@@ -264,7 +271,11 @@ void TestTableModel::refusalsSayWhy()
     QVERIFY(model->errorString().startsWith("AMOUNT: "));
     QVERIFY(!model->setData(model->index(0, 2), 1, Qt::ToolTipRole));
     QVERIFY(!model->setData(QModelIndex(), 1));
-    QVERIFY(!model->insertRows(0, 1));
+    QVERIFY(!model->insertRows(0, 1) && !model->insertRows(3, 0));
+    QVERIFY(!model->setFilter(-1, Comparison::Equal, 1));
+    device->setFault({RecordingDevice::Write, 1});
+    QVERIFY(!model->setData(model->index(0, 0), true, DbfTableModel::DeletedRole));
+    QVERIFY(!model->errorString().startsWith("AMOUNT: "));
     device->setFault({RecordingDevice::Write, 1});
     QVERIFY(!model->insertRows(3, 1));
     device->setFault({RecordingDevice::Read, 1});
@@ -334,7 +345,9 @@ void TestTableModel::cellsShowTheirValues()
 {
     const auto model = open({{field("B", 'B', 8), field("Q", 'Q', 2), field("T", 'T', 8),
                               field("L", 'L', 1), field("D", 'D', 8)},
-                             {' ' + hex("9a9999999999b93f 1aff d28a250000000000") + "?20240229"},
+                             {' ' + hex("9a9999999999b93f 1aff d28a250000000000") + "?20240229",
+                              (QByteArray(19, ' ') + 'T').leftJustified(28),
+                              (QByteArray(19, ' ') + 'F').leftJustified(28)},
                              0x30,
                              0xC9,
                              QByteArray(263, '\0')});
@@ -342,7 +355,10 @@ void TestTableModel::cellsShowTheirValues()
     for (int i = 0; i < 5; ++i)
         texts << model->index(0, i).data().toString();
     QCOMPARE(texts, QStringList({"0.1", "1aff", "2024-02-29 00:00:00", "", "2024-02-29"}));
-    QCOMPARE(model->index(0, 3).data(Qt::CheckStateRole), QVariant(int(Qt::PartiallyChecked)));
+    const Qt::CheckState states[] = {Qt::PartiallyChecked, Qt::Checked, Qt::Unchecked};
+    for (int row = 0; row < 3; ++row)
+        QCOMPARE(model->index(row, 3).data(Qt::CheckStateRole), QVariant(int(states[row])));
+    QCOMPARE(model->index(0, 0).data(Qt::CheckStateRole), QVariant());
     QCOMPARE(model->index(0, 0).data(Qt::TextAlignmentRole),
              QVariant(int(Qt::AlignRight | Qt::AlignVCenter)));
     QVERIFY(!(model->flags(model->index(0, 1)) & Qt::ItemIsEditable));
@@ -352,9 +368,12 @@ void TestTableModel::cellsShowTheirValues()
     QCOMPARE(model->headerData(0, Qt::Vertical), QVariant(1));
     QCOMPARE(model->headerData(1, Qt::Horizontal), QVariant("Q"));
     QCOMPARE(model->headerData(1, Qt::Horizontal, Qt::ToolTipRole), QVariant("Q(2)"));
-    QCOMPARE(model->headerData(9, Qt::Horizontal, Qt::ToolTipRole), QVariant());
+    QCOMPARE(model->headerData(1, Qt::Horizontal, Qt::DecorationRole), QVariant());
+    for (const int section : {-1, 9})
+        QCOMPARE(model->headerData(section, Qt::Horizontal, Qt::ToolTipRole), QVariant());
+    QCOMPARE(model->recordOfRow(-1), -1);
     QCOMPARE(open(sample())->headerData(2, Qt::Horizontal, Qt::ToolTipRole), QVariant("N(4,1)"));
-    QCOMPARE(model->recordOfRow(1), -1);
+    QCOMPARE(model->recordOfRow(3), -1);
 }
 
 void TestTableModel::replacedFileIsFollowed()

@@ -64,8 +64,8 @@ public:
     }
     bool isEditable(int column) const;
     bool isTruth(int column) const;
-    bool edit(const QModelIndex& index, const QVariant& value, int role);
-    bool editCell(const QModelIndex& index, const QVariant& value);
+    bool edit(const QModelIndex& index, const QVariant& value, int role, QString& reason);
+    bool editCell(const QModelIndex& index, const QVariant& value, QString& reason);
     bool arrange(const RowOrder& wanted);
     void take(std::optional<std::vector<int>> arranged);
     void appendRows(int count);
@@ -150,7 +150,9 @@ bool DbfTableModel::Private::isTruth(int column) const
            shown.converter != DbfByteArrayConverter::instance();
 }
 
-bool DbfTableModel::Private::edit(const QModelIndex& index, const QVariant& value, int role)
+/// On failure \a reason is replaced where there is more to say.
+bool DbfTableModel::Private::edit(const QModelIndex& index, const QVariant& value, int role,
+                                  QString& reason)
 {
     const int record = recordAt(index.row());
     pages.remove(record / recordsPerPage); // It is read again, as the file has it then.
@@ -159,18 +161,24 @@ bool DbfTableModel::Private::edit(const QModelIndex& index, const QVariant& valu
     if (!isEditable(index.column()))
         return false;
     if (role == Qt::CheckStateRole)
-        return editCell(index, value.toInt() == Qt::Checked);
+        return editCell(index, value.toInt() == Qt::Checked, reason);
     const bool isEmpty = value.toString().trimmed().isEmpty();
-    return role == Qt::EditRole && editCell(index, isEmpty ? QVariant() : value);
+    return role == Qt::EditRole && editCell(index, isEmpty ? QVariant() : value, reason);
 }
 
-bool DbfTableModel::Private::editCell(const QModelIndex& index, const QVariant& value)
+bool DbfTableModel::Private::editCell(const QModelIndex& index, const QVariant& value,
+                                      QString& reason)
 {
     DbfRecord edited = table.readRecord(recordAt(index.row()));
     if (edited.isTransient())
         return false;
     edited.values.replace(index.column(), value);
-    return table.updateValues(edited); // which writes no other field
+    if (table.updateValues(edited)) // which writes no other field
+        return true;
+    const QVector<DbfValueProblem> problems = table.valueProblems();
+    if (!problems.isEmpty())
+        reason = problems.first().text();
+    return false;
 }
 
 /// Shows other records or in another order. The rows stay as they were where that fails.
@@ -483,12 +491,9 @@ bool DbfTableModel::setData(const QModelIndex& index, const QVariant& value, int
         return false;
     if (d->isBusy)
         return d->refuseBusy();
-    if (!d->edit(index, value, role)) {
-        const QVector<DbfValueProblem> problems = d->table.valueProblems();
-        return d->refuse(problems.isEmpty() ? QStringLiteral("It cannot be changed")
-                                            : problems.first().text(),
-                         index);
-    }
+    QString reason = QStringLiteral("It cannot be changed");
+    if (!d->edit(index, value, role, reason))
+        return d->refuse(reason, index);
     const int row = index.row();
     if (role == DeletedRole && d->order.hidesDeleted && d->rows && value.toBool()) {
         beginRemoveRows({}, row, row);

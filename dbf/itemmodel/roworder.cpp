@@ -67,25 +67,17 @@ QVariant likeCell(const QVariant& value, const QVariant& cell)
     }
 }
 
+/// Whether a comparison by size holds for two values of which the first is less (\a sign below 0),
+/// equal, or greater.
 bool holds(DbfTableModel::Comparison comparison, int sign)
 {
-    switch (comparison) {
-    case DbfTableModel::Comparison::Equal:
-        return sign == 0;
-    case DbfTableModel::Comparison::NotEqual:
-        return sign != 0;
-    case DbfTableModel::Comparison::Less:
-        return sign < 0;
-    case DbfTableModel::Comparison::AtMost:
-        return sign <= 0;
-    case DbfTableModel::Comparison::Greater:
-        return sign > 0;
-    case DbfTableModel::Comparison::AtLeast:
-        return sign >= 0;
-    case DbfTableModel::Comparison::Contains:
-        break;
-    }
-    return false;
+    using Comparison = DbfTableModel::Comparison;
+    if (comparison == Comparison::Equal || comparison == Comparison::NotEqual)
+        return (sign == 0) == (comparison == Comparison::Equal);
+    if (sign == 0)
+        return comparison == Comparison::AtMost || comparison == Comparison::AtLeast;
+    const bool wantsLess = comparison == Comparison::Less || comparison == Comparison::AtMost;
+    return wantsLess == (sign < 0);
 }
 
 bool matches(const QVariant& cell, DbfTableModel::Comparison comparison, const QVariant& value,
