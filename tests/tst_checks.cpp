@@ -107,8 +107,8 @@ private slots:
         for (const auto& column : {usual('N', 8, 2), nullable('N', 8, 2)}) {
             const bool isText = column.converter == DbfStringConverter::instance();
             addRows(column, noReason,
-                    {"12345.67", "-12.5", "  12.5  ", "1e3", QVariant(QChar('7')), "1.50", none, "",
-                     12});
+                    {"12345.67", "-12.5", "+7", "  12.5  ", "1e3", QVariant(QChar('7')), "1.50",
+                     none, "", 12});
             addRows(column, tooLarge, {"123456.78", "1234567.8", 123456789.0});
             addRows(column, isText ? tooLarge : noReason, {"      12.5"});
             addRows(column, isText ? notOfType : tooLarge, {infinity});

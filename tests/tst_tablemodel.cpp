@@ -10,6 +10,7 @@
 #include <QtTest/QtTest>
 
 #include <algorithm>
+#include <limits>
 
 using namespace dbf;
 using namespace testtables;
@@ -221,6 +222,8 @@ void TestTableModel::filtersCompare_data()
     row("no day", 2, Comparison::Less, "soon", {});
     row("truth", 3, Comparison::Equal, true, {0});
     row("untruth", 3, Comparison::AtMost, false, {1});
+    row("blank is not unequal to blank", 2, Comparison::NotEqual, "", {0, 1});
+    row("no moment", 4, Comparison::AtLeast, "soon", {});
     row("moment", 4, Comparison::AtLeast, "2000-01-01T00:00:00", {0});
 }
 
@@ -271,7 +274,8 @@ void TestTableModel::refusalsSayWhy()
     QVERIFY(model->errorString().startsWith("AMOUNT: "));
     QVERIFY(!model->setData(model->index(0, 2), 1, Qt::ToolTipRole));
     QVERIFY(!model->setData(QModelIndex(), 1));
-    QVERIFY(!model->insertRows(0, 1) && !model->insertRows(3, 0));
+    QVERIFY(!model->insertRows(0, 1) && !model->insertRows(3, 0) &&
+            !model->insertRows(3, std::numeric_limits<int>::max()));
     QVERIFY(!model->setFilter(-1, Comparison::Equal, 1));
     device->setFault({RecordingDevice::Write, 1});
     QVERIFY(!model->setData(model->index(0, 0), true, DbfTableModel::DeletedRole));
@@ -365,7 +369,9 @@ void TestTableModel::cellsShowTheirValues()
     QCOMPARE(model->index(0, 0).data(DbfTableModel::RecordRole), QVariant(0));
     QCOMPARE(model->index(0, 0).data(Qt::DecorationRole), QVariant());
     QCOMPARE(model->data(QModelIndex()), QVariant());
+    QVERIFY(model->setTextCodec(codec(2086)));
     QCOMPARE(model->headerData(0, Qt::Vertical), QVariant(1));
+    QCOMPARE(model->headerData(0, Qt::Vertical, Qt::ToolTipRole), QVariant());
     QCOMPARE(model->headerData(1, Qt::Horizontal), QVariant("Q"));
     QCOMPARE(model->headerData(1, Qt::Horizontal, Qt::ToolTipRole), QVariant("Q(2)"));
     QCOMPARE(model->headerData(1, Qt::Horizontal, Qt::DecorationRole), QVariant());

@@ -22,10 +22,11 @@ struct ValueInField {
     const DbfFieldDescriptor& descriptor;
 };
 
-/// Whether \a text is digits, perhaps with a sign and a point, and nothing else.
+/// Whether \a text, which is not empty, is digits, perhaps with a sign and a point, and nothing
+/// else.
 inline bool isPlainNumber(QStringView text)
 {
-    const bool hasSign = !text.isEmpty() && (text[0] == u'-' || text[0] == u'+');
+    const bool hasSign = text[0] == u'-' || text[0] == u'+';
     int points = 0;
     int digits = 0;
     for (const QChar character : text.mid(hasSign ? 1 : 0)) {

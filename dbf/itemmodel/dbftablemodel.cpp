@@ -400,7 +400,7 @@ bool DbfTableModel::refresh()
     if (count < d->recordCount)
         d->dropRows(count);
     const int kept = d->rowCount();
-    if (kept > 0 && columnCount() > 0)
+    if (kept > 0)
         Q_EMIT dataChanged(index(0, 0), index(kept - 1, columnCount() - 1));
     if (count > d->recordCount)
         d->appendRows(count - d->recordCount);

@@ -24,26 +24,28 @@ bool isText(const QVariant& value)
     return int(value.userType()) == QMetaType::QString;
 }
 
+std::optional<long double> ifAny(bool isAny, long double number)
+{
+    return isAny ? std::optional(number) : std::nullopt;
+}
+
 /// What a cell is compared by unless it is text; nothing for a blank one and one that is no number.
 /// A long double keeps every integer of 64 bits.
 std::optional<long double> numberOf(const QVariant& value)
 {
     switch (int(value.userType())) {
     case QMetaType::QDate:
-        return value.toDate().isValid() ? std::optional<long double>(value.toDate().toJulianDay())
-                                        : std::nullopt;
+        return ifAny(value.toDate().isValid(), value.toDate().toJulianDay());
     case QMetaType::QDateTime:
-        return value.toDateTime().isValid()
-                   ? std::optional<long double>(value.toDateTime().toMSecsSinceEpoch())
-                   : std::nullopt;
+        return ifAny(value.toDateTime().isValid(), value.toDateTime().toMSecsSinceEpoch());
     case QMetaType::Int:
     case QMetaType::LongLong:
     case QMetaType::Bool:
         return value.toLongLong();
     default:
         bool isNumber = false;
-        const double number = value.toString().toDouble(&isNumber);
-        return isNumber && !std::isnan(number) ? std::optional<long double>(number) : std::nullopt;
+        const double number = value.toDouble(&isNumber);
+        return ifAny(isNumber && !std::isnan(number), number);
     }
 }
 
@@ -86,10 +88,10 @@ bool matches(const QVariant& cell, DbfTableModel::Comparison comparison, const Q
     if (comparison == DbfTableModel::Comparison::Contains)
         return cellText(cell, field).contains(value.toString(), Qt::CaseInsensitive);
     const bool isUnequal = comparison == DbfTableModel::Comparison::NotEqual;
-    if (isBlank(cell) || isBlank(value))
-        return comparison == DbfTableModel::Comparison::Equal
-                   ? isBlank(cell) == isBlank(value)
-                   : isUnequal && isBlank(cell) != isBlank(value);
+    if (isBlank(cell) || isBlank(value)) {
+        const bool isEqual = isBlank(cell) == isBlank(value);
+        return isEqual ? comparison == DbfTableModel::Comparison::Equal : isUnequal;
+    }
     if (isText(cell) && !isNumberField(field))
         return holds(comparison,
                      QString::compare(cell.toString(), value.toString(), Qt::CaseInsensitive));
