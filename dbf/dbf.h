@@ -36,6 +36,7 @@
 #include <dbf/format/dbflanguagedriver.h>
 #include <dbf/format/dbfnullablecolumn.h>
 #include <dbf/format/dbftabledescriptor.h>
+#include <dbf/itemmodel/dbftablemodel.h>
 #include <dbf/memo/dbfmemoconverter.h>
 #include <dbf/memo/dbfmemofile.h>
 #include <dbf/model/dbfcolumn.h>

@@ -38,7 +38,7 @@ protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
     {
         QStyledItemDelegate::initStyleOption(option, index);
-        if (!index.data(TableModel::DeletedRole).toBool())
+        if (!index.data(DbfTableModel::DeletedRole).toBool())
             return;
         option->font.setStrikeOut(true);
         option->palette.setColor(QPalette::Text, option->palette.color(QPalette::PlaceholderText));
@@ -65,6 +65,8 @@ MainWindow::MainWindow()
     resize(1080, 640);
     m_view->setItemDelegate(new RecordDelegate(m_view));
     m_view->setAlternatingRowColors(true);
+    m_view->horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder); // their own order
+    m_view->setSortingEnabled(true);
     // Only rows in view are measured; all of them would have to be read.
     m_view->horizontalHeader()->setResizeContentsPrecision(0);
     m_view->horizontalHeader()->setStretchLastSection(true);
@@ -106,18 +108,18 @@ bool MainWindow::openFile(const QString& path, QString* reason)
     m_path = path;
     m_headerCodec = table.schema().codec;
     m_codePages->setCurrentIndex(0);
-    showModel(std::make_unique<TableModel>(std::move(table)));
+    showModel(std::make_unique<DbfTableModel>(std::move(table)));
     return true;
 }
 
-void MainWindow::showModel(std::unique_ptr<TableModel> model)
+void MainWindow::showModel(std::unique_ptr<DbfTableModel> model)
 {
     // The view lets go of the old model before that is destroyed.
     m_view->setModel(model.get());
     m_model = std::move(model);
-    connect(m_model.get(), &TableModel::refused, this, &MainWindow::showRefusal);
-    connect(m_model.get(), &TableModel::rowsInserted, this, &MainWindow::showState);
-    connect(m_model.get(), &TableModel::modelReset, this, &MainWindow::showState);
+    connect(m_model.get(), &DbfTableModel::refused, this, &MainWindow::showRefusal);
+    connect(m_model.get(), &DbfTableModel::rowsInserted, this, &MainWindow::showState);
+    connect(m_model.get(), &DbfTableModel::modelReset, this, &MainWindow::showState);
     setWindowTitle(QFileInfo(m_path).fileName() + QStringLiteral(" – Table viewer"));
     fitColumns();
     showState();
@@ -144,13 +146,8 @@ void MainWindow::showState()
 
 void MainWindow::showRefusal()
 {
-    const DbfTable& table = m_model->table();
-    QString reason = QStringLiteral("it cannot be changed");
-    if (table.hasError())
-        reason = errorText(table.lastError());
-    else if (!table.valueProblems().isEmpty())
-        reason = table.valueProblems().first().text();
-    statusBar()->showMessage(QStringLiteral("Not written: %1").arg(reason), messageMilliseconds);
+    statusBar()->showMessage(QStringLiteral("Not written: %1").arg(m_model->errorString()),
+                             messageMilliseconds);
 }
 
 bool MainWindow::goToRow(int row)
@@ -199,6 +196,6 @@ void MainWindow::toggleDeleted()
 {
     const QModelIndex index = m_view->currentIndex();
     if (index.isValid())
-        m_model->setData(index, !index.data(TableModel::DeletedRole).toBool(),
-                         TableModel::DeletedRole);
+        m_model->setData(index, !index.data(DbfTableModel::DeletedRole).toBool(),
+                         DbfTableModel::DeletedRole);
 }

@@ -4,7 +4,7 @@
 #ifndef VIEWER_MAINWINDOW_H
 #define VIEWER_MAINWINDOW_H
 
-#include "tablemodel/tablemodel.h"
+#include <dbf/dbf.h>
 
 #include <QtWidgets/QMainWindow>
 
@@ -31,7 +31,7 @@ public:
 
 private:
     void makeToolBar();
-    void showModel(std::unique_ptr<TableModel> model);
+    void showModel(std::unique_ptr<dbf::DbfTableModel> model);
     void fitColumns();
     void showState();
     void showRefusal();
@@ -40,7 +40,7 @@ private:
     void appendRow();
     void toggleDeleted();
 
-    std::unique_ptr<TableModel> m_model;
+    std::unique_ptr<dbf::DbfTableModel> m_model;
     QString m_path;
     QTextCodec* m_headerCodec = nullptr; ///< The one that the table's header asks for.
     QTableView* m_view;

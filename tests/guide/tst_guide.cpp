@@ -166,6 +166,18 @@ private slots:
         QVERIFY(page.filter("| `").size() > 50);
     }
 
+    void dearGoodsAreShownFirst()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("shown"));
+        QString error;
+        QVERIFY(!dearFirst(path, error) && !error.isEmpty());
+        QVERIFY(writeGoods(path));
+        const auto model = dearFirst(path, error);
+        QVERIFY2(model, qPrintable(error));
+        QCOMPARE(model->rowCount(), 1);
+        QCOMPARE(model->index(0, 1).data(), QVariant("120.50"));
+    }
+
     void memoTextIsListed()
     {
         const Table notes{{field("NAME", 'C', 3), field("NOTE", 'M', 4)},
