@@ -254,14 +254,20 @@ def is_as_written(written, read):
         and read == written
 
 
-def as_written(stranger, table):
+def as_written(stranger, rows, table):
     """Returns the words for what the library reads in a table of another program."""
-    pairs = zip(stranger.rows(), table.rows, strict=True)
+    pairs = zip(rows, table.rows, strict=True)
     wrong = {name for (deleted, written), (mark, read) in pairs for name in written
              if deleted != mark or not is_as_written(written[name], read[name])}
     if wrong:
         failures.append(f"{stranger.name}: {sorted(wrong)} are not read as written")
     return equal_values(table.rows)
+
+
+def stranger_cells(stranger, rows):
+    table = as_library(stranger.name + ".dbf")
+    return [as_written(stranger, rows, table)] + [stranger_cell(program, stranger, table)
+                                                  for program in PROGRAMS]
 
 
 def stranger_tables():
@@ -270,13 +276,14 @@ def stranger_tables():
         name = stranger.name + ".dbf"
         stranger.write(folder)
         encodings[name] = stranger.encoding
-        table = as_library(name)
+        cells = stranger_cells(stranger, stranger.rows())
         kind = f"0x{stranger.version:02X}"
         if stranger.memos:
             kind += ", " + stranger.memos.suffix.upper()
         letters = " ".join(dict.fromkeys(column.letter for column in stranger.columns))
-        yield [kind, letters, as_written(stranger, table)] + [
-            stranger_cell(program, stranger, table) for program in PROGRAMS]
+        run(interop, "change", path(name))
+        stranger_cells(stranger, stranger.changed_rows())
+        yield [kind, letters] + cells
 
 
 def refused_tables():
@@ -327,29 +334,29 @@ def version(*command):
     return run(*command).decode().split(",")[0].strip()
 
 
-def main():
+def rows_of(head, rows):
+    """Returns the lines of a table of the page."""
+    return ["| " + " | ".join(head) + " |", "|" + " --- |" * len(head)] + [
+        "| " + " | ".join(row) + " |" for row in rows]
+
+
+def introduction():
     shapelib = version("dpkg-query", "--show", "--showformat=${source:Upstream-Version}",
                        "shapelib")
     office = " ".join(version("soffice", "--version").split()[:2])
-    ours = list(library_tables())
-    theirs = list(program_tables())
-    foreign = list(stranger_tables())
-    refused = list(refused_tables())
-    pages = code_pages()
-    if failures:
-        sys.exit("\n".join(failures))
-    lines = [
+    return [
         "# Interoperation", "",
         "`scripts/interop` wrote this page. It compares every value of tables that the library",
         "writes with what other programs read in them, and the other way round. The programs:",
         f"dbfread {dbfread.__version__}, {version('ogr2ogr', '--version')} (`ogr2ogr`), shapelib "
         f"{shapelib}", "(`dbfdump`, `dbfcreate`, `dbfadd`), "
-        f"{office} (`soffice`, headless, to CSV).", "",
+        f"{office} (`soffice`, headless, to CSV).", ""]
+
+
+def own_tables():
+    return [
         "## Written by the library", "",
-        "| table | " + " | ".join(PROGRAMS) + " |", "| --- |" + " --- |" * len(PROGRAMS)]
-    lines += [f"| {name} | " + " | ".join(cells) + " |" for name, cells in ours]
-    lines += [
-        "",
+        *rows_of(["table", *PROGRAMS], [[name, *cells] for name, cells in library_tables()]), "",
         "All but `default-converters` are written with the nullable set, and all are read with it:",
         "a field without a value counts as equal only where the program, too, shows none. The",
         "Cyrillic tables and the restructured copy have columns of types C, N, F, D and L, with",
@@ -358,10 +365,12 @@ def main():
         "leave out deleted records; the others show them, marked. `soffice` is told the code page;",
         "it shows numbers with 15 digits and times to the minute, and is compared by these.", "",
         "## Read by the library", "",
-        "| written by | text in | read | result |", "| --- | --- | --- | --- |"]
-    lines += [f"| {' | '.join(row)} |" for row in theirs]
-    lines += [
-        "", "## Tables of every version", "",
+        *rows_of(["written by", "text in", "read", "result"], program_tables()), ""]
+
+
+def tables_of_every_version():
+    return [
+        "## Tables of every version", "",
         "[interop/strangers.py](../interop/strangers.py) writes these tables and their memo files",
         "byte by byte, without the library, from the layouts of [format.md](format.md): every",
         "version that the library reads, with the type letters that belong to it. All are read in",
@@ -370,32 +379,41 @@ def main():
         "the same. Each table has a record without values and one marked deleted; the memos are",
         "short, of several lines, and longer than a block. That `soffice` shows a line feed where",
         "a memo has a carriage return before it counts as equal.", "",
-        "| version | letters | library | " + " | ".join(PROGRAMS) + " |",
-        "| --- | --- | --- |" + " --- |" * len(PROGRAMS)]
-    lines += [f"| {' | '.join(row)} |" for row in foreign]
-    lines += [
-        "", "Tables with one of these version bytes but another layout are refused: those with",
+        *rows_of(["version", "letters", "library", *PROGRAMS], stranger_tables()), "",
+        "Then the library changes a value of each table, appends a record, and inserts a column in",
+        "place. All read the table again: the library what was meant, the others the same, but for",
+        "what is said above.", "",
+        "Tables with one of these version bytes but another layout are refused: those with",
         "field descriptors of 48 bytes (`wide`), and those with a header of 8 bytes (`short`).", "",
-        "| table | library | " + " | ".join(PROGRAMS) + " |",
-        "| --- | --- |" + " --- |" * len(PROGRAMS)]
-    lines += [f"| {' | '.join(row)} |" for row in refused]
-    lines += [
-        "", "## Code pages", "",
+        *rows_of(["table", "library", *PROGRAMS], refused_tables()), ""]
+
+
+def code_page_tables():
+    return [
+        "## Code pages", "",
         "For each code page byte to which `DbfTable::codecByLanguageDriver` knows a codec there is",
         "a table that has it, with a record for each code from 0x80 on; for Chinese, Japanese and",
         "Korean, for each pair of bytes, too. The columns count the codes that mean the same",
         "character to both. Codes that mean none to either, or a private one, are left out.", "",
-        "| bytes, 0x | codec | to dbfread | with dbfread | with ogr2ogr |",
-        "| --- | --- | --- | --- | --- |"]
-    lines += [f"| {' | '.join(row)} |" for row in pages]
-    lines += ["", "## What differs, and why", ""]
-    lines += [f"{i}. {reason[0].upper()}{reason[1:]}." for i, reason in enumerate(notes, 1)]
-    lines += [
-        "", "A table whose code page byte is 0, or means something else than its text, needs its",
+        *rows_of(["bytes, 0x", "codec", "to dbfread", "with dbfread", "with ogr2ogr"],
+                 code_pages()), ""]
+
+
+def differences():
+    return [
+        "## What differs, and why", "",
+        *(f"{i}. {reason[0].upper()}{reason[1:]}." for i, reason in enumerate(notes, 1)), "",
+        "A table whose code page byte is 0, or means something else than its text, needs its",
         "codec imposed; see the [guide](guide.md). What the default converters write instead is",
         "told in [values.md](values.md)."]
+
+
+def main():
+    lines = introduction() + own_tables() + tables_of_every_version() + code_page_tables()
+    if failures:
+        sys.exit("\n".join(failures))
     with open(report, "w") as page:
-        page.write("\n".join(lines) + "\n")
+        page.write("\n".join(lines + differences()) + "\n")
 
 
 main()

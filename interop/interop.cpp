@@ -190,20 +190,61 @@ quint8 versionOf(QFile& file)
                : 0;
 }
 
+/// A table of any program, opened the way in which nothing is lost.
+struct AnyTable {
+    AnyTable(const QString& path, QIODevice::OpenMode mode, QTextCodec* codec = nullptr)
+        : file(path)
+        , version(versionOf(file))
+        , memoFile(DbfMemoFile::pathBeside(path, version))
+        , memo(&memoFile, version)
+        , table(&file)
+    {
+        file.close();
+        table.setAcceptedVersions(DbfTable::AllVersions);
+        table.setConverterChoice(nullableConverters(&memo));
+        table.setCodecChoice(codecOfLanguageDriver);
+        table.setCheckingValues(true);
+        table.overrideTextCodec(codec);
+        table.open(mode);
+    }
+
+    QFile file;
+    quint8 version;
+    QFile memoFile;
+    DbfMemoFile memo;
+    DbfTable table;
+};
+
+/// Changes a value of the second record, appends a copy of the first one without its memos, and
+/// inserts a column.
+bool change(const QString& path)
+{
+    AnyTable any(path, QIODevice::ReadWrite);
+    DbfRecord second = any.table.readRecord(1);
+    second.values[any.table.schema().indexOf(QStringLiteral("WHOLE"))] = 7;
+    DbfRecord copy = any.table.readRecord(0);
+    for (int i = 0; i < copy.values.size(); ++i) {
+        if (any.table.schema().columns.at(i).converter == any.memo.converter())
+            copy.values[i] = QVariant();
+    }
+    if (!any.table.updateValues(second) || !any.table.appendRecord(copy))
+        return fail(any.table.errorString());
+    any.table.close();
+
+    QString error;
+    const auto insert = [](DbfSchemaTransform& transform) {
+        transform.insertNewColumn(1, nullableColumn(field("ADDED", 'D', 8)));
+    };
+    return restructureFile(path, insert, {}, &error) || fail(error);
+}
+
 /// Prints a line with the columns, [name, type letter] each, then one per record: whether it is
 /// marked deleted, and its values; bytes are {"hex": digits}.
 bool dump(const QString& path, QTextCodec* codec)
 {
-    QFile file(path);
-    const quint8 version = versionOf(file);
-    QFile memoFile(DbfMemoFile::pathBeside(path, version));
-    DbfMemoFile memo(&memoFile, version);
-    DbfTable table(&file);
-    table.setAcceptedVersions(DbfTable::AllVersions);
-    table.setConverterChoice(nullableConverters(&memo));
-    table.setCodecChoice(codecOfLanguageDriver);
-    table.overrideTextCodec(codec);
-    if (!table.open(QIODevice::ReadOnly))
+    AnyTable any(path, QIODevice::ReadOnly, codec);
+    DbfTable& table = any.table;
+    if (!table.isOpen())
         return fail(table.errorString());
 
     printColumns(table.schema());
@@ -214,8 +255,8 @@ bool dump(const QString& path, QTextCodec* codec)
             line.append(json(cursor.value(i)));
         print(line);
     }
-    if (!memo.errorString().isEmpty())
-        return fail(memo.errorString());
+    if (!any.memo.errorString().isEmpty())
+        return fail(any.memo.errorString());
     return !cursor.hasError();
 }
 
@@ -244,6 +285,8 @@ int main(int argc, char* argv[])
         done = write(first, second);
     else if (command == QLatin1String("restructure"))
         done = restructure(first, second);
+    else if (command == QLatin1String("change"))
+        done = change(first);
     else if (command == QLatin1String("dump"))
         done = dump(first, DbfTable::codecByLabel(second.toLatin1()));
     else if (command == QLatin1String("codecs"))
@@ -251,7 +294,7 @@ int main(int argc, char* argv[])
     if (!done)
         std::fprintf(
             stderr,
-            "Usage: interop write SAMPLE FILE | restructure FILE FILE | "
+            "Usage: interop write SAMPLE FILE | restructure FILE FILE | change FILE | "
             "dump FILE [CODEC] | codecs\nor a table that does not open or is not written\n");
     return done ? 0 : 1;
 }

@@ -104,11 +104,13 @@ def as_dbfdump(name, columns):
 def as_soffice(name, columns):
     """The program is told the code page, and takes the way it shows dates from the language."""
     code_page = OFFICE_NUMBERS[encodings.get(name, "cp1251")]
+    result = path(name[:-len("dbf")] + "csv")
+    if os.path.exists(result):
+        os.remove(result)
     run("soffice", "-env:UserInstallation=file://" + path("profile"), "--headless",
         f"--infilter=dBase:{code_page}", "--convert-to",
         "csv:Text - txt - csv (StarCalc):44,34,76,1", "--outdir", folder, path(name),
         LC_ALL="en_CA.UTF-8")
-    result = path(name[:-len("dbf")] + "csv")
     if not os.path.exists(result):
         raise Refused
     with open(result, newline="", encoding="utf-8") as source:

@@ -144,6 +144,15 @@ class Stranger:
                                              for column in self.columns})
                 for row in range(self.row_count)]
 
+    def changed_rows(self):
+        """Returns the same after the library has changed the table."""
+        rows = self.rows()
+        rows[1][1]["WHOLE"] = decimal.Decimal(7)
+        copy = {column.name: None if column.letter in KIND_OF_LETTER else column.values[0]
+                for column in self.columns}
+        return [(deleted, {**values, "ADDED": None})
+                for deleted, values in rows + [(False, copy)]]
+
     def bytes(self):
         back_link = bytes(263) if 0x30 <= self.version <= 0x32 else b""
         fields, offset = b"", 1
