@@ -89,7 +89,8 @@ private slots:
             }
         };
         rows({0x02, 0x03, 0x04, 0x07, 0x30, 0x31}, true, true, "");
-        rows({0x83, 0x8B, 0xCB, 0xF5, 0xFB}, false, true,
+        rows({0xFB}, false, true, "Version: such tables are read only on request");
+        rows({0x83, 0x8B, 0xCB, 0xF5}, false, true,
              "Version: tables with memo files are read only on request");
         rows({0x32}, false, true, "Version: tables with null flags are read only on request");
         rows({0x43}, false, true, "Version: SQL tables are read only on request");

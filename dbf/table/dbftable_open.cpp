@@ -66,7 +66,7 @@ QString DbfTable::Private::unopenable(const DbfTable& table, const DbfTableDescr
                                       DbfTableError code)
 {
     if (code == UnsupportedVersionError)
-        return errortext::ofVersion(header.version, table.acceptedVersions());
+        return errortext::ofVersion(header.version);
     const QString obstacle = errortext::obstacle(table.device(), false);
     if (!obstacle.isEmpty())
         return errortext::because(errortext::ofCode(code), obstacle);

@@ -13,7 +13,7 @@ namespace dbf::errortext
 namespace
 {
 
-QString kindOf(quint8 version, DbfTable::AcceptedVersions accepted)
+QString kindOf(quint8 version)
 {
     switch (version) {
     case 0x02:
@@ -26,10 +26,10 @@ QString kindOf(quint8 version, DbfTable::AcceptedVersions accepted)
     case 0x43:
     case 0x63:
         return QStringLiteral("SQL tables are read only on request");
+    case 0xFB:
+        return QStringLiteral("such tables are read only on request");
     default:
-        return accepted == DbfTable::DefaultVersions
-                   ? QStringLiteral("tables with memo files are read only on request")
-                   : QStringLiteral("such tables are not read");
+        return QStringLiteral("tables with memo files are read only on request");
     }
 }
 
@@ -60,13 +60,13 @@ QString ofCode(DbfTable::DbfTableError code)
     return QStringLiteral("The table failed"); // as a caller may record any number
 }
 
-QString ofVersion(quint8 version, DbfTable::AcceptedVersions accepted)
+QString ofVersion(quint8 version)
 {
     const QString name = QStringLiteral("0x%1").arg(version, 2, 16, QLatin1Char('0')).toUpper();
     const QString named = QStringLiteral("Version 0x") + name.mid(2);
     if (!isKnown(version))
         return QStringLiteral("This is no table: ") + named + QStringLiteral(" is none of tables");
-    return named + QStringLiteral(": ") + kindOf(version, accepted);
+    return named + QStringLiteral(": ") + kindOf(version);
 }
 
 QString ofDevice(const QIODevice* device)

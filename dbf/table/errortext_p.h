@@ -17,8 +17,8 @@ namespace dbf::errortext
 /// Returns what \a code alone tells.
 QString ofCode(DbfTable::DbfTableError code);
 
-/// Returns why tables of that version are not opened when \a accepted are.
-QString ofVersion(quint8 version, DbfTable::AcceptedVersions accepted);
+/// Returns why tables of that version are not opened.
+QString ofVersion(quint8 version);
 
 /// Returns what \a device says itself of its last failure; empty for nothing.
 QString ofDevice(const QIODevice* device);
