@@ -7,12 +7,12 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QSaveFile>
-#include <QtCore/QTextCodec>
 
 #include <cstdio>
 

@@ -8,8 +8,8 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QFile>
-#include <QtCore/QTextCodec>
 
 #include <stdexcept>
 

@@ -5,8 +5,8 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QDate>
-#include <QtCore/QTextCodec>
 #include <QtTest/QtTest>
 
 #include <cmath>

@@ -3,7 +3,7 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 #include <QtTest/QtTest>
 
 #include <algorithm>
@@ -97,7 +97,7 @@ private slots:
               111, 112, 1015, 2084, 2088, 2250, 2251, 2252, 2253, 2254, 2255, 2256, 2257, 2258})
             codecs.insert(QTextCodec::codecForMib(mib));
         codecs.remove(nullptr);
-        for (QTextCodec* codec : qAsConst(codecs))
+        for (QTextCodec* codec : std::as_const(codecs))
             QTest::newRow(codec->name().constData()) << codec;
     }
 

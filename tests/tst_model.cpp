@@ -3,7 +3,7 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 #include <QtTest/QtTest>
 
 using namespace dbf;

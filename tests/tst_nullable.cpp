@@ -5,9 +5,9 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QDateTime>
 #include <QtCore/QRandomGenerator>
-#include <QtCore/QTextCodec>
 #include <QtCore/QTimeZone>
 #include <QtTest/QtTest>
 

@@ -179,7 +179,7 @@ private slots:
         for (int i = 0; i < 1000; ++i)
             records << DbfRecord(i, {i, "text"});
         records[5].setDeleted(true);
-        for (const DbfRecord& record : qAsConst(records))
+        for (const DbfRecord& record : std::as_const(records))
             QVERIFY(single.table.appendRecord(record));
         QVERIFY(bulk.table.appendRecords(records));
         QCOMPARE(bulk.device.content, single.device.content);

@@ -5,7 +5,7 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 #include <QtTest/QtTest>
 
 #include <stdexcept>

@@ -4,6 +4,8 @@
 #ifndef DBF_ENCODING_BINARYNUMBER_P_H
 #define DBF_ENCODING_BINARYNUMBER_P_H
 
+#include <dbf/encoding/qt5values_p.h>
+
 #include <QtCore/QByteArray>
 #include <QtCore/QVariant>
 #include <QtCore/QtEndian>
@@ -42,7 +44,7 @@ Number floatingValue(const QVariant& value)
     if (value.userType() == type)
         return *static_cast<const Number*>(value.constData());
     QVariant copy = value;
-    return copy.convert(type) ? *static_cast<const Number*>(copy.constData()) : Number(0);
+    return qt5::convert(copy, type) ? *static_cast<const Number*>(copy.constData()) : Number(0);
 }
 
 } // namespace dbf

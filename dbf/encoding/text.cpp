@@ -5,7 +5,7 @@
 #include <dbf/encoding/codecchoice_p.h>
 #include <dbf/encoding/text_p.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <cstring>
@@ -45,7 +45,7 @@ QString TextCodec::decode(std::string_view bytes) const
     if (!m_table) {
         const std::string_view content = untilZero(bytes);
         const char* const start = content.empty() ? "" : content.data(); // never a null pointer
-        const auto size = static_cast<int>(content.size());
+        const int size = saturated(static_cast<qint64>(content.size()));
         return (m_codec ? m_codec->toUnicode(start, size, nullptr)
                         : QString::fromLatin1(start, size))
             .trimmed();
@@ -85,7 +85,7 @@ QStringView TextCodec::decodeByTable(std::string_view bytes, char16_t* units) co
 QByteArray TextCodec::encode(QStringView text) const
 {
     if (m_table) {
-        QByteArray bytes(static_cast<int>(text.size()), Qt::Uninitialized);
+        QByteArray bytes(static_cast<ContainerSize>(text.size()), Qt::Uninitialized);
         if (m_table->encode(text, bytes.data()))
             return bytes;
     }
@@ -96,8 +96,7 @@ QByteArray TextCodec::encodeByCodec(QStringView text) const
 {
     static constexpr QChar nothing; // codecs are never handed a null pointer
     const QChar* const units = text.isEmpty() ? &nothing : text.data();
-    return m_codec ? m_codec->fromUnicode(units, static_cast<int>(text.size()), nullptr)
-                   : text.toLatin1();
+    return m_codec ? m_codec->fromUnicode(units, saturated(text.size()), nullptr) : text.toLatin1();
 }
 
 void TextCodec::writeField(QStringView text, char* field, int width) const
@@ -107,7 +106,7 @@ void TextCodec::writeField(QStringView text, char* field, int width) const
     qsizetype written = content.size();
     if (!m_table || !m_table->encode(content, field)) {
         const QByteArray bytes = encodeByCodec(content);
-        written = std::min(bytes.size(), width);
+        written = std::min<qsizetype>(bytes.size(), width);
         std::memcpy(field, bytes.constData(), static_cast<size_t>(written));
     }
     std::memset(field + written, 0, static_cast<size_t>(width - written));
@@ -123,10 +122,10 @@ QString TextCodec::decodePadded(std::string_view bytes) const
         m_table->decode(content, units);
         return QStringView(units, static_cast<qsizetype>(content.size())).toString();
     }
-    const auto size = static_cast<int>(content.size());
+    const int size = saturated(static_cast<qint64>(content.size()));
     QString text = m_codec ? m_codec->toUnicode(content.data(), size, nullptr)
                            : QString::fromLatin1(content.data(), size);
-    int end = text.size();
+    ContainerSize end = text.size();
     while (end > 0 && text.at(end - 1) == QLatin1Char(' ')) // of sets whose space is no 0x20
         --end;
     text.truncate(end);

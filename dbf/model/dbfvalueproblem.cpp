@@ -13,12 +13,12 @@ namespace
 QString shown(const QVariant& value)
 {
     constexpr int mostShown = 60;
-    if (!value.isValid() || value.isNull())
+    if (qt5::isNull(value))
         return QStringLiteral("no value");
     const bool isText = value.userType() == QMetaType::QString;
     QString text = value.userType() == qMetaTypeId<QDecNumber>()
                        ? value.value<QDecNumber>().toString()
-                       : value.toString();
+                       : qt5::toText(value);
     if (text.size() > mostShown)
         text = text.left(mostShown) + QStringLiteral("…");
     return isText ? QLatin1Char('"') + text + QLatin1Char('"') : text;

@@ -3,6 +3,8 @@
 
 #include "csvtext.h"
 
+#include "quickstart/utf8stream.h"
+
 #include <algorithm>
 
 namespace
@@ -51,7 +53,7 @@ void writeRow(const QStringList& row, QTextStream& out)
 
 CsvReader::CsvReader(QIODevice* device) : m_stream(device)
 {
-    m_stream.setCodec("UTF-8");
+    useUtf8(m_stream);
 }
 
 bool CsvReader::readRow(QStringList* row)

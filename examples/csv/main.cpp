@@ -11,6 +11,7 @@
 #include "quickstart/interruption.h"
 #include "quickstart/opentable.h"
 #include "quickstart/targetfile.h"
+#include "quickstart/utf8stream.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
@@ -46,7 +47,7 @@ const char* const description =
 bool fail(const QString& message)
 {
     QTextStream stream(stderr);
-    stream.setCodec("UTF-8");
+    useUtf8(stream);
     stream << "csv: " << message << '\n';
     return false;
 }
@@ -85,7 +86,7 @@ void writeRecords(DbfTable& table, bool withDeleted, QTextStream& out)
 bool writeCsv(DbfTable& table, bool withDeleted, QIODevice& target)
 {
     QTextStream out(&target);
-    out.setCodec("UTF-8");
+    useUtf8(out);
     QStringList header;
     if (withDeleted)
         header.append(deletedMark());

@@ -3,9 +3,9 @@
 
 #include "tablemodel.h"
 
+#include <QTextCodec>
 #include <QtCore/QBuffer>
 #include <QtCore/QTemporaryFile>
-#include <QtCore/QTextCodec>
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
