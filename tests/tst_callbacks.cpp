@@ -317,7 +317,7 @@ private:
         const QByteArray text = QByteArray::number(quint32(random() % 1000000));
         switch (random() % 12) {
         case 0:
-            return void(t.update(index % t.records.size(), text));
+            return void(t.update(index % int(t.records.size()), text));
         case 1:
             return void(t.append(text, 1));
         case 2:

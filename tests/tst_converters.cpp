@@ -194,12 +194,12 @@ private slots:
         rows(binary64, true, {"1.5", 1.5});
         rows(binary32, true, {0.5f, 0.5});
 
-        rows(date, false, {"abc", QVariant(QVariant::Date), 1.5, none});
-        rows(number, false, {"abc", QVariant(QVariant::Double), decimal("1"), none});
-        rows(int16, false, {"abc", QVariant(static_cast<QVariant::Type>(QMetaType::Short))});
-        rows(int32, false, {"abc", QVariant(QVariant::Int), QDate(2024, 1, 1), none});
-        rows(int64, false, {"abc", QVariant(QVariant::LongLong)});
-        rows(binary32, false, {"abc", QVariant(QVariant::Double), decimal("1"), none});
+        rows(date, false, {"abc", none, 1.5, none});
+        rows(number, false, {"abc", none, decimal("1"), none});
+        rows(int16, false, {"abc", none});
+        rows(int32, false, {"abc", none, QDate(2024, 1, 1), none});
+        rows(int64, false, {"abc", none});
+        rows(binary32, false, {"abc", none, decimal("1"), none});
         rows(truth, false, {none, none});
 
         rows(truth, true,
@@ -221,7 +221,10 @@ private slots:
         QFETCH(QVariant, given);
         QFETCH(QVariant, expected);
         QTEST(converter->convertVariant(given), "done");
-        compareVariants(given, expected);
+        if (expected.isNull()) // of which type is Qt's to say
+            QVERIFY(given.isNull());
+        else
+            compareVariants(given, expected);
     }
 
     void blankFieldsHaveTheDefaultValue()

@@ -250,17 +250,17 @@ private slots:
         const DbfRecord blank(-1, {QString()});
         const bool appended =
             bulk ? table.appendRecords(QVector<DbfRecord>(bulk, blank)) : table.appendRecord(blank);
-        const int readable = table.readRecords(0, rows).size();
+        const auto readable = table.readRecords(0, rows).size();
         const bool updated = table.updateRecord(DbfRecord(5, {"updated"}));
         table.readRecord(0);
         file.close();
         limit.reset();
 
         QVERIFY(!appended && updated);
-        QCOMPARE(readable, rows);
+        QCOMPARE(int(readable), rows);
         QByteArray expected = bytes;
         expected.replace(65 + 5 * 51, 51, " updated" + QByteArray(43, '\0'));
-        const int size =
+        const auto size =
             bulk ? bytes.size() : bytes.size() - 1; // with the end marker put back, or not
         QCOMPARE(readFile(path("full.dbf")).left(size), expected.left(size));
     }

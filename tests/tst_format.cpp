@@ -79,7 +79,7 @@ private slots:
             const int length = DbfTable::schemaLength(descriptor);
             const ExactBytes block(QByteArray(qMax(0, length / 32 * 32), 'x'));
             const auto fields = DbfTable::parseFieldDescriptors(block.view(), descriptor, nullptr);
-            return qMakePair(length, fields.size());
+            return qMakePair(length, int(fields.size()));
         };
         QCOMPARE(lengthAndCount(0x03, 129), qMakePair(96, 3));
         QCOMPARE(lengthAndCount(0x30, 392), qMakePair(96, 3));

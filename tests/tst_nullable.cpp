@@ -41,6 +41,14 @@ QVariant decimal(const char* digits)
     return QVariant::fromValue(QDecNumber(digits));
 }
 
+/// Returns the null variant that \a converter makes of what is none of its values.
+QVariant nullOf(const DbfFieldConverter* converter)
+{
+    QVariant value = "x";
+    converter->convertVariant(value);
+    return value;
+}
+
 QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int milliseconds = 0)
 {
     return {QDate(year, month, day), QTime(hour, minute).addMSecs(milliseconds), Qt::UTC};
@@ -226,8 +234,9 @@ private slots:
                  "1e99999999999999999999", "******", "1e-99999999999999999999", "  0.00",
                  "0e999999999", "  0.00", true, "  1.00"});
         addRows(number, field('N', 6, 2),
-                {false, "  0.00", QVariant(QVariant::Double), "      ", QDate(2024, 1, 1), "      ",
-                 QVariant::fromValue<short>(-7), " -7.00", 7u, "  7.00", decimal("1E+2"), "100.00",
+                {false, "  0.00", nullOf(DbfDoubleConverter::instance()), "      ",
+                 QDate(2024, 1, 1), "      ", QVariant::fromValue<short>(-7), " -7.00", 7u,
+                 "  7.00", decimal("1E+2"), "100.00",
                  QString("0").repeated(400) + '.' + QString("9").repeated(400), "  1.00"});
         addRows(number, field('N', 3, 2),
                 {0.05, ".05", -0.05, "-.1", 0, ".00", 0.996, "1.0", 9.96, " 10"});
@@ -306,7 +315,7 @@ private slots:
             };
             add(kept, true, true);
             add(refused, false, false);
-            add({none, QVariant(QVariant::Int), QString(), QDate()}, false, true);
+            add({none, nullOf(DbfIntConverter::instance()), QString(), QDate()}, false, true);
         };
         const QString digits = "123456789012345678901234567890.5";
         const QDateTime noon = utc(2024, 1, 1, 12);
@@ -531,14 +540,14 @@ private slots:
             const double real = exact.toDouble() * (random.bounded(2) == 1 ? 1 : 1.1);
             const QByteArray shortest =
                 QByteArray::number(real, 'f', QLocale::FloatingPointShortest);
-            const int point = (shortest + '.').indexOf('.');
+            const auto point = int((shortest + '.').indexOf('.'));
             const QByteArray digits = QByteArray(shortest).replace('.', "").replace('-', "");
             if (digits.size() > 26)
                 continue;
             units.units = 0;
             for (const char digit : digits)
                 units.units = units.units * 10 + Units::Integer(digit - '0');
-            units.scale = std::max(shortest.size() - point - 1, 0);
+            units.scale = std::max(int(shortest.size()) - point - 1, 0);
             check(real, units, width, decimals);
         }
     }

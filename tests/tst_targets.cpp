@@ -135,7 +135,7 @@ private slots:
             return source.table.copyAndTransform(&file, transform,
                                                  [=](int, int) { return goesOn; });
         };
-        const int whole = largeTable().size();
+        const auto whole = static_cast<int>(largeTable().size());
         QTest::newRow("disk full at the very end")
             << Write([=](QSaveFile& file) { return copy(file, {0}, true, whole - 1); });
         QTest::newRow("stopped") << Write(

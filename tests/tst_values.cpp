@@ -74,7 +74,7 @@ private slots:
         Table table = everyKind();
         std::mt19937 random(1);
         const QByteArray fillers(" 0.-*FT\0\xFFx", 10);
-        QByteArray bytes = header(count, 33 + 32 * table.fields.size(), length) +
+        QByteArray bytes = header(count, 33 + 32 * int(table.fields.size()), length) +
                            table.fields.toList().join() + '\x0D';
         for (int i = 0; i < count * length; ++i)
             bytes += random() % 2 ? char(random()) : fillers.at(int(random() % 10));

@@ -131,7 +131,7 @@ struct DateRule {
     }
     static void write(const QVariant& value, const FieldContext& field, char* bytes)
     {
-        writeDateField(value.toDate(), bytes, field.length);
+        writeDateField(qt5::toDate(value), bytes, field.length);
     }
     static bool convert(QVariant& value) { return qt5::convert(value, QMetaType::QDate); }
     static QByteArray blank(int length)

@@ -91,14 +91,49 @@ bool isCharacter(int type)
     return type == QMetaType::Char || type == QMetaType::SChar || type == QMetaType::UChar;
 }
 
-/// Whether there is no conversion from \a source to \a target; of a variant that holds one of these
-/// types the integer can be had and nothing else.
+bool isMoment(int type)
+{
+    return type == QMetaType::QDate || type == QMetaType::QTime || type == QMetaType::QDateTime;
+}
+
+bool isNumber(int type)
+{
+    switch (type) {
+    case QMetaType::Bool:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+        return true;
+    default:
+        return isFloating(type) || isCharacter(type);
+    }
+}
+
+/// Whether there is no conversion from \a source to \a target. Qt 6 knows more of them, and looks
+/// for those that it does not know in a register that is gone when the program ends.
 bool isUnknown(int source, int target)
 {
-    const bool isInteger =
+    // Of a variant that holds one of these the integer can be had and nothing else.
+    const bool isLimited =
         source == QMetaType::Long || source == QMetaType::ULong || source == QMetaType::UChar;
-    return isInteger && (isFloating(target) || target == QMetaType::QString ||
-                         target == QMetaType::QByteArray || target == QMetaType::Bool);
+    switch (target) {
+    case QMetaType::QDate:
+        return isNumber(source) || source == QMetaType::QByteArray;
+    case QMetaType::QString:
+        return isLimited;
+    case QMetaType::QByteArray:
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::Bool:
+        return isLimited || isMoment(source);
+    default:
+        return isNumber(target) && isMoment(source);
+    }
 }
 
 bool convertByQt(QVariant& value, int type)
@@ -160,23 +195,29 @@ QByteArray toBytes(const QVariant& value)
 bool toBool(const QVariant& value)
 {
     const std::optional<qint64> integer = roundedFloating(value);
-    return integer ? *integer != 0 : value.toBool();
+    return integer ? *integer != 0 : !isMoment(value.userType()) && value.toBool();
 }
 
 int toInt(const QVariant& value)
 {
-    const bool isText = value.userType() == QMetaType::QString;
-    if (!isText && !isFloating(value.userType()))
-        return value.toInt();
-    return static_cast<int>(toLongLong(value));
+    const int type = value.userType();
+    if (type == QMetaType::QString || isFloating(type))
+        return static_cast<int>(toLongLong(value));
+    return isMoment(type) ? 0 : value.toInt();
 }
 
 qlonglong toLongLong(const QVariant& value)
 {
     if (const std::optional<qint64> integer = roundedFloating(value))
         return *integer;
-    return value.userType() == QMetaType::QString ? integerText(held<QString>(value)).toLongLong()
-                                                  : value.toLongLong();
+    if (value.userType() == QMetaType::QString)
+        return integerText(held<QString>(value)).toLongLong();
+    return isMoment(value.userType()) ? 0 : value.toLongLong();
+}
+
+QDate toDate(const QVariant& value)
+{
+    return isUnknown(value.userType(), QMetaType::QDate) ? QDate() : value.toDate();
 }
 
 double toDouble(const QByteArray& text)

@@ -5,6 +5,7 @@
 #define DBF_ENCODING_QT5VALUES_P_H
 
 #include <QtCore/QByteArray>
+#include <QtCore/QDate>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 
@@ -25,6 +26,7 @@ QByteArray toBytes(const QVariant& value);
 bool toBool(const QVariant& value);
 int toInt(const QVariant& value);
 qlonglong toLongLong(const QVariant& value);
+QDate toDate(const QVariant& value);
 
 /// Returns the number that \a text is, infinity when it is too large, 0 when it is none.
 double toDouble(const QByteArray& text);
@@ -63,6 +65,11 @@ inline int toInt(const QVariant& value)
 inline qlonglong toLongLong(const QVariant& value)
 {
     return value.toLongLong();
+}
+
+inline QDate toDate(const QVariant& value)
+{
+    return value.toDate();
 }
 
 inline double toDouble(const QByteArray& text)

@@ -46,9 +46,10 @@ QString TextCodec::decode(std::string_view bytes) const
         const std::string_view content = untilZero(bytes);
         const char* const start = content.empty() ? "" : content.data(); // never a null pointer
         const int size = saturated(static_cast<qint64>(content.size()));
-        return (m_codec ? m_codec->toUnicode(start, size, nullptr)
-                        : QString::fromLatin1(start, size))
-            .trimmed();
+        const QString text =
+            m_codec ? m_codec->toUnicode(start, size, nullptr) : QString::fromLatin1(start, size);
+        // Qt 6 asks no codec for nothing, and has a null text at once.
+        return content.empty() && text.isNull() ? QStringLiteral("") : text.trimmed();
     }
     if (bytes.size() > TextScratch::size) {
         std::vector<char16_t> units(bytes.size());

@@ -68,7 +68,8 @@ void TableModel::adoptStructure()
     for (int i = 0; i < m_schema.columns.size(); ++i)
         m_table.setFieldConverter(i, DbfByteArrayConverter::instance());
     m_rowCount = m_table.isOpen() ? m_table.recordCount() : 0;
-    const int cellsPerPage = recordsPerPage * std::max(1, m_schema.columns.size());
+    const int cellsPerPage =
+        recordsPerPage * std::max(1, static_cast<int>(m_schema.columns.size()));
     m_pages.clear();
     m_pages.setMaxCost(std::max(2, cellsInMemory / cellsPerPage));
 }
@@ -99,7 +100,7 @@ int TableModel::rowCount(const QModelIndex& parent) const
 
 int TableModel::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : m_schema.columns.size();
+    return parent.isValid() ? 0 : static_cast<int>(m_schema.columns.size());
 }
 
 QVariant TableModel::headerData(int section, Qt::Orientation orientation, int role) const
