@@ -141,14 +141,22 @@ bool convertByQt(QVariant& value, int type)
     return value.convert(QMetaType(type));
 }
 
+/// Puts a number into a variant that holds a null one, and leaves it null: so is what a conversion
+/// leaves that has failed, and then nothing else is made of it.
+void setNull(QVariant& value, double number)
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): data() would end its being null
+    *static_cast<double*>(const_cast<void*>(value.constData())) = number;
+}
+
 /// Makes text or bytes a double, and returns whether they are one.
 bool convertToDouble(QVariant& value)
 {
-    QVariant text = value;
+    const QVariant text = value;
     if (convertByQt(value, QMetaType::Double))
         return true;
     if (text.userType() == QMetaType::QByteArray)
-        value = toDouble(held<QByteArray>(text));
+        setNull(value, toDouble(held<QByteArray>(text)));
     return false;
 }
 
@@ -261,6 +269,10 @@ bool convert(QVariant& value, int type)
         return true;
     if (isUnknown(source, type)) {
         value = QVariant();
+        return false;
+    }
+    if (value.isNull()) {
+        convertByQt(value, type);
         return false;
     }
     const bool isBytes = source == QMetaType::QByteArray;
