@@ -1,8 +1,8 @@
 # Lets CPack make two Debian packages: the library alone, and what is needed to build with it.
 include(GNUInstallDirs)
 
-set(runtime_package libdbftable${PROJECT_VERSION_MAJOR})
-set(development_package libdbftable-dev)
+set(runtime_package ${DBFTABLE_RUNTIME_PACKAGE})
+set(development_package lib${DBFTABLE_PACKAGE}-dev)
 set(debian_release 1)
 set(DBFTABLE_MAINTAINER "the dbftable authors <dbftable@example.org>" CACHE STRING
     "Maintainer of the Debian packages, name and mail address")
@@ -46,7 +46,7 @@ This package contains the shared library.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "${runtime_package} (= ${PROJECT_VERSION}-${debian_release}), qtbase5-dev (>= 5.15)")
+    "${runtime_package} (= ${PROJECT_VERSION}-${debian_release}), ${DBFTABLE_QT_PACKAGES}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Reads, updates, appends, creates and restructures DBF table files on any
 QIODevice.
 

@@ -241,7 +241,8 @@ double toDouble(const QByteArray& text)
 
 QString fromUtf8(const QByteArray& bytes)
 {
-    return QString::fromUtf8(bytes.constData(), qstrnlen(bytes.constData(), bytes.size()));
+    const qsizetype end = bytes.indexOf('\0');
+    return QString::fromUtf8(bytes.constData(), end < 0 ? bytes.size() : end);
 }
 
 bool isNull(const QVariant& value)
