@@ -25,6 +25,7 @@
 #include <dbf/converters/dbfnullabledatetimeconverter.h>
 #include <dbf/converters/dbfnullablenumberconverter.h>
 #include <dbf/converters/dbfnullablestringconverter.h>
+#include <dbf/converters/dbfreadonlyconverter.h>
 #include <dbf/converters/dbfsmallintconverter.h>
 #include <dbf/converters/dbfstringconverter.h>
 #include <dbf/dbfversion.h>
@@ -32,8 +33,11 @@
 #include <dbf/decimal/qdeccontext.h>
 #include <dbf/decimal/qdecnumber.h>
 #include <dbf/format/dbfcodepage.h>
+#include <dbf/format/dbflanguagedriver.h>
 #include <dbf/format/dbfnullablecolumn.h>
 #include <dbf/format/dbftabledescriptor.h>
+#include <dbf/memo/dbfmemoconverter.h>
+#include <dbf/memo/dbfmemofile.h>
 #include <dbf/model/dbfcolumn.h>
 #include <dbf/model/dbffielddescriptor.h>
 #include <dbf/model/dbffieldtype.h>
@@ -45,6 +49,7 @@
 #include <dbf/table/dbftable.h>
 #include <dbf/transform/dbfcopyoptions.h>
 #include <dbf/transform/dbffieldtransform.h>
+#include <dbf/transform/dbffile.h>
 #include <dbf/transform/dbfschematransform.h>
 
 #endif

@@ -45,14 +45,16 @@ QVariant drawDigits(FuzzedDataProvider& choices, const Field& field, QTextCodec*
     return number;
 }
 
+QDate drawStorableDate(FuzzedDataProvider& choices)
+{
+    return QDate::fromJulianDay(choices.ConsumeIntegralInRange(QDate(1, 1, 1).toJulianDay(),
+                                                               QDate(9999, 12, 31).toJulianDay()));
+}
+
 QVariant drawDate(FuzzedDataProvider& choices, const Field& field, QTextCodec* /*codec*/,
                   QVariant& expected)
 {
-    const qint64 first = QDate(1, 1, 1).toJulianDay();
-    const qint64 last = QDate(9999, 12, 31).toJulianDay();
-    const QDate date = choices.ConsumeBool()
-                           ? QDate()
-                           : QDate::fromJulianDay(choices.ConsumeIntegralInRange(first, last));
+    const QDate date = choices.ConsumeBool() ? QDate() : drawStorableDate(choices);
     expected = field.descriptor.length >= 8 ? date : QDate();
     return field.descriptor.length >= 8 ? date : QDate();
 }
@@ -118,8 +120,83 @@ QVariant drawFloat(FuzzedDataProvider& choices, const Field& /*field*/, QTextCod
     return expected = choices.ConsumeFloatingPoint<float>();
 }
 
+/// As drawText(), but leading spaces count.
+QVariant drawWholeText(FuzzedDataProvider& choices, const Field& field, QTextCodec* codec,
+                       QVariant& expected)
+{
+    drawText(choices, field, codec, expected);
+    QString text = expected.toString();
+    if (!text.isEmpty() && codec->fromUnicode(text).size() < field.descriptor.length)
+        text.prepend(QLatin1Char(' '));
+    return expected = text;
+}
+
+/// A number that has as many decimals as its column, none included, or no value.
+QVariant drawExactNumber(FuzzedDataProvider& choices, const Field& field, QTextCodec* /*codec*/,
+                         QVariant& expected)
+{
+    if (choices.ConsumeBool())
+        return expected = QVariant();
+    if (field.descriptor.decimals == 0)
+        return expected = choices.ConsumeIntegral<qlonglong>();
+    const auto units = choices.ConsumeIntegralInRange(-999999999999999, 999999999999999);
+    return expected = static_cast<double>(units) / std::pow(10.0, field.descriptor.decimals);
+}
+
+QVariant drawDateOrNone(FuzzedDataProvider& choices, const Field& /*field*/, QTextCodec* /*codec*/,
+                        QVariant& expected)
+{
+    return expected = choices.ConsumeBool() ? QVariant() : drawStorableDate(choices);
+}
+
+QVariant drawClockOrNone(FuzzedDataProvider& choices, const Field& /*field*/, QTextCodec* /*codec*/,
+                         QVariant& expected)
+{
+    if (choices.ConsumeBool())
+        return expected = QVariant();
+    const QTime time =
+        QTime::fromMSecsSinceStartOfDay(choices.ConsumeIntegralInRange(0, 86'399'999));
+    return expected = QDateTime(drawStorableDate(choices), time, Qt::UTC);
+}
+
+QVariant drawTruthOrNone(FuzzedDataProvider& choices, const Field& /*field*/, QTextCodec* /*codec*/,
+                         QVariant& expected)
+{
+    return expected = choices.ConsumeBool() ? QVariant() : choices.ConsumeBool();
+}
+
+/// A field of the set in which blank means blank: what goes in comes out, no value included.
+Field drawNullableField(FuzzedDataProvider& choices)
+{
+    constexpr quint8 longestNumber = 20; // in digits, its sign among them
+    const auto length = choices.ConsumeIntegral<quint8>();
+    const auto field = [](char type, quint8 size, quint8 decimals = 0) {
+        return DbfFieldDescriptor(QStringLiteral("FIELD"), static_cast<DbfFieldType>(type), size,
+                                  decimals);
+    };
+    const auto made = [](const DbfFieldDescriptor& descriptor, decltype(Field::draw) draw) {
+        return Field{descriptor, nullableConverter(descriptor, {}), draw};
+    };
+    switch (choices.ConsumeIntegralInRange(0, 4)) {
+    case 0:
+        return made(field('C', length), drawWholeText);
+    case 1:
+        return made(field('N', std::max(length, longestNumber),
+                          choices.ConsumeIntegralInRange<quint8>(0, 15)),
+                    drawExactNumber);
+    case 2:
+        return made(field('D', 8), drawDateOrNone);
+    case 3:
+        return made(field('T', 8), drawClockOrNone);
+    default:
+        return made(field('L', 1), drawTruthOrNone);
+    }
+}
+
 Field drawField(FuzzedDataProvider& choices)
 {
+    if (choices.ConsumeBool())
+        return drawNullableField(choices);
     const auto length = choices.ConsumeIntegral<quint8>();
     const auto field = [](DbfFieldType type, int size, int decimals = 0) {
         return DbfFieldDescriptor(QStringLiteral("FIELD"), type, static_cast<quint8>(size),

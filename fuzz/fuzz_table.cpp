@@ -179,6 +179,64 @@ void copiesAreTables(FuzzedDataProvider& choices, DbfTable& table, const MemoryF
     demand(!copy.hasError(), "a copy is whole");
 }
 
+void writingBackChangesNothing(DbfTable& table, const MemoryFile& file)
+{
+    const QByteArray before = file.content;
+    for (int i = 0; i < visitedCount(table); ++i) {
+        const DbfRecord record = table.readRecord(i);
+        demand(record.isTransient() || table.updateValues(record), "what was read is taken");
+    }
+    demand(file.content == before, "what was read and written back changes no byte");
+}
+
+void problemsKeepRecordsOut(FuzzedDataProvider& choices, DbfTable& table, const MemoryFile& file)
+{
+    const QByteArray before = file.content;
+    const DbfRecord record = drawRecord(choices, table);
+    const bool appends = choices.ConsumeBool();
+    const bool written = appends ? table.appendRecord(record) : table.updateValues(record);
+    const QVector<DbfValueProblem> problems = table.valueProblems();
+    demand(problems.isEmpty() || (!written && file.content == before), "problems stop a write");
+    demand(!appends || written || !problems.isEmpty() || table.hasError(), "a failure is told");
+    if (appends && !problems.isEmpty())
+        demand(problems.size() == checkValues(record, table.schema()).size(), "all are named");
+    for (const DbfValueProblem& problem : problems)
+        demand(!problem.text().isEmpty(), "a problem has words");
+}
+
+/// Does the same to a table of any version with the converters in which blank means blank.
+void safeWaysLoseNothing(const uint8_t* data, size_t size)
+{
+    FuzzedDataProvider choices(data, size);
+    MemoryFile file(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
+    DbfTable table(&file);
+    table.setAcceptedVersions(DbfTable::AllVersions);
+    table.setConverterChoice(nullableConverter);
+    table.setCodecChoice(codecOfLanguageDriver);
+    table.setCheckingValues(true);
+    if (!table.open(QIODevice::ReadWrite)) {
+        demand(!table.errorString().isEmpty(), "a refusal has words");
+        return;
+    }
+    waysOfReadingAgree(table);
+    writingBackChangesNothing(table, file);
+    for (int i = 0; i < 3; ++i)
+        problemsKeepRecordsOut(choices, table, file);
+    table.clearError();
+    demand(table.refreshRecordCount() >= 0 || table.hasError(), "a count is read or not");
+
+    DbfCopyOptions options;
+    options.skipDeleted = choices.ConsumeBool();
+    options.keepMetadata = choices.ConsumeBool();
+    options.checkValues = choices.ConsumeBool();
+    const DbfSchemaTransform transform = drawTransform(choices, table.schema());
+    const QByteArray before = file.content;
+    MemoryFile target;
+    const bool copied = table.copyAndTransform(&target, transform, options);
+    demand(!copied || table.valueProblems().isEmpty(), "problems stop a copy");
+    demand(file.content == before, "a copy changes no source");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/)
@@ -189,6 +247,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    safeWaysLoseNothing(data, size);
     FuzzedDataProvider choices(data, size);
     MemoryFile file(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
     DbfTable table(&file);

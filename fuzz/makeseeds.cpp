@@ -120,6 +120,31 @@ void writeDecimals(const QString& folder)
         write(folder, QString::number(number++), text + QByteArray(14, '\x05'));
 }
 
+/// A memo file with \a memo in its second block of 512 bytes. Behind it stand the choices, drawn
+/// from the end on: the table's version by its place in the harness, one read, of block 1.
+void writeMemo(const QString& folder, const char* name, char version, const QByteArray& memo)
+{
+    QByteArray header(512, '\0');
+    header[6] = '\x02';  // the size of blocks where the numbers are big-endian
+    header[21] = '\x02'; // and where they are little-endian
+    const QByteArray choices = QByteArray("\x01\x01\0", 3) + version; // block, small, one read
+    write(folder, QString::fromLatin1(name), header + memo + QByteArray(14, '\0') + choices);
+}
+
+void writeMemos(const QString& folder)
+{
+    const QByteArray typed = QByteArray::fromHex("0000000100000003") + "abc";
+    const QByteArray counted = QByteArray::fromHex("FFFF08000B000000") + "abc";
+    writeMemo(folder, "typed", 0, typed);
+    writeMemo(folder, "typed-picture", 0, QByteArray(typed).replace(3, 1, QByteArray(1, '\0')));
+    writeMemo(folder, "typed-too-long", 4, QByteArray(typed).replace(4, 1, "\xFF"));
+    writeMemo(folder, "ended", 1, "abc\x1A\x1A");
+    writeMemo(folder, "not-ended", 1, "abc");
+    writeMemo(folder, "counted", 2, counted);
+    writeMemo(folder, "counted-too-short", 3, QByteArray(counted).replace(4, 1, "\x07"));
+    writeMemo(folder, "no-layout", 5, typed);
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments)
@@ -134,6 +159,7 @@ int main(int argumentCount, char** arguments)
         write(folder + QStringLiteral("/fuzz_roundtrip"), QStringLiteral("zeros"),
               QByteArray(100, '\0'));
         writeDecimals(folder + QStringLiteral("/fuzz_decimal"));
+        writeMemos(folder + QStringLiteral("/fuzz_memo"));
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "makeseeds: %s\n", failure.what());
         return 1;

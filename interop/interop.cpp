@@ -9,6 +9,7 @@
 
 #include <QTextCodec>
 #include <QtCore/QDate>
+#include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -28,26 +29,11 @@ DbfFieldDescriptor field(const char* name, char type, unsigned char length,
             decimals};
 }
 
-/// Makes numbers of the columns that hold numbers: N as decimal text, I, Y and B in binary.
-void installConverters(DbfTable& table)
-{
-    for (int i = 0; i < table.schema().columns.size(); ++i) {
-        const DbfFieldType type = table.schema().columns.at(i).descriptor.type;
-        if (type == DbfFieldType::Numeric)
-            table.setFieldConverter(i, DbfDoubleConverter::instance());
-        else if (type == DbfFieldType('I'))
-            table.setFieldConverter(i, DbfIntConverter::instance());
-        else if (type == DbfFieldType('Y'))
-            table.setFieldConverter(i, DbfLargeIntConverter::instance());
-        else if (type == DbfFieldType('B'))
-            table.setFieldConverter(i, DbfBinaryDoubleConverter::instance());
-    }
-}
-
 struct Sample {
     DbfSchema schema;
     QVector<DbfRecord> records;
-    bool numbersAsText = false; ///< Leaves N columns to their default converter.
+    DbfTable::ConverterChoice converters = nullableConverter;
+    char version = 3;
 };
 
 const QVector<DbfFieldDescriptor> everyTextType{
@@ -57,8 +43,9 @@ const QVector<DbfFieldDescriptor> everyTextType{
 QVector<DbfRecord> recordsOfEveryTextType(const QString& text)
 {
     return {DbfRecord(-1, {text, 42, 1234.5, 0.000001, QDate(2024, 2, 29), true}),
-            DbfRecord(-1, {" inner  spaces ", -99999, -0.25, -1e12, QDate(1900, 1, 1), false}),
-            DbfRecord(-1, {"", 0, 0, 0, QDate(), false}),
+            DbfRecord(-1, {"inner  spaces", -99999, -0.25, -1e12, QDate(1900, 1, 1), false}),
+            DbfRecord(-1, {"", QVariant(), QVariant(), QVariant(), QVariant(), QVariant()}),
+            DbfRecord(-1, {"0", 0, 0, 0, QDate(1970, 1, 1), false}),
             DbfRecord(-1, {"12345678901234567890", 999999, 9999999.99, 3.141593,
                            QDate(9999, 12, 31), true})};
 }
@@ -68,6 +55,19 @@ Sample textTypes(int mib)
     const QString cyrillic =
         QStringLiteral("\u0427\u0430\u0439 \u0447\u0451\u0440\u043D\u044B\u0439");
     return {{everyTextType, QTextCodec::codecForMib(mib)}, recordsOfEveryTextType(cyrillic)};
+}
+
+/// The types of versions 0x30 and 0x31.
+Sample binaryTypes()
+{
+    const QDateTime moment(QDate(2024, 2, 29), QTime(23, 59, 58), Qt::UTC);
+    return {{{field("I", 'I', 4), field("Y", 'Y', 8, 4), field("T", 'T', 8), field("B", 'B', 8)},
+             nullptr},
+            {DbfRecord(-1, {-2147483647, "922337203685477.5807", moment, -1.5}),
+             DbfRecord(-1, {0, 0, QVariant(), 0}),
+             DbfRecord(-1, {7, -1.2345, QDate(1900, 1, 1), 1e300})},
+            nullableConverter,
+            0x30};
 }
 
 Sample wideTable()
@@ -88,18 +88,34 @@ Sample sample(const QString& name)
         return textTypes(2251);
     if (name == QLatin1String("dos-cyrillic"))
         return textTypes(2086);
-    if (name == QLatin1String("numbers-as-text"))
-        return {{{field("WHOLE", 'N', 6), field("PARTS", 'N', 10, 2)}, nullptr},
-                {DbfRecord(-1, {"42", "1234.5"}), DbfRecord(-1, {"-7", "0.25"}),
-                 DbfRecord(-1, {QVariant(), QVariant()})},
-                true};
+    if (name == QLatin1String("default-converters"))
+        return {{everyTextType, nullptr},
+                {DbfRecord(-1, {"text", "42", "1234.5", 0.000001, QDate(2024, 2, 29), true}),
+                 DbfRecord(-1, {"", "-7", "0.25", -1e12, QDate(1900, 1, 1), false})},
+                {}};
     if (name == QLatin1String("binary"))
-        return {{{field("I", 'I', 4), field("Y", 'Y', 8), field("B", 'B', 8)}, nullptr},
-                {DbfRecord(-1, {-2147483647, 123456789012345LL, -1.5}), DbfRecord(-1, {0, 0, 0}),
-                 DbfRecord(-1, {7, -12345, 1e300})}};
+        return binaryTypes();
     if (name == QLatin1String("wide"))
         return wideTable();
     return {{everyTextType, nullptr}, {}};
+}
+
+/// Gives an empty table the version \a version, with the back-link area that belongs to it.
+bool setVersion(QFile& file, char version)
+{
+    constexpr int backLinkLength = 263;
+    if (!file.open(QIODevice::ReadWrite))
+        return false;
+    QByteArray bytes = file.readAll();
+    DbfTableDescriptor header = DbfTable::parseTableDescriptor(bytes);
+    bytes.chop(1); // the end marker
+    header.version = static_cast<unsigned char>(version);
+    header.headerLength = static_cast<unsigned short>(header.headerLength + backLinkLength);
+    bytes.replace(0, 32, DbfTable::serializeTableDescriptor(header));
+    const bool isWritten =
+        file.seek(0) && file.write(bytes + QByteArray(backLinkLength, '\0') + '\x1A') > 0;
+    file.close();
+    return isWritten;
 }
 
 /// Writes the sample, its second record marked deleted when it has more than three.
@@ -108,27 +124,26 @@ bool write(const QString& name, const QString& path)
     const Sample content = sample(name);
     QFile file(path);
     DbfTable table(&file);
-    if (!table.create(content.schema) || !table.open(QIODevice::ReadWrite))
+    table.setConverterChoice(content.converters);
+    if (!table.create(content.schema) ||
+        (content.version != 3 && !setVersion(file, content.version)))
         return false;
-    if (!content.numbersAsText)
-        installConverters(table);
-    if (!table.appendRecords(content.records) || content.records.size() < 4)
-        return !table.hasError();
-    DbfRecord second = table.readRecord(1);
-    second.setDeleted(true);
-    return table.updateRecord(second);
+    return table.open(QIODevice::ReadWrite) && table.appendRecords(content.records) &&
+           (content.records.size() < 4 || table.setRecordDeleted(1, true));
 }
 
-/// Writes a copy of a table: one column inserted, one widened, one moved.
+/// Writes a copy of a table: one column inserted, two widened, one moved.
 bool restructure(const QString& source, const QString& path)
 {
     QFile file(source);
     DbfTable table(&file);
+    table.setConverterChoice(nullableConverter);
     if (!table.open(QIODevice::ReadOnly))
         return false;
     auto transform = DbfSchemaTransform::identity(table.schema());
-    transform.insertNewColumn(1, field("ADDED", 'D', 8));
-    transform.updateColumn(0, field("TEXT", 'C', 30));
+    transform.insertNewColumn(1, nullableColumn(field("ADDED", 'D', 8)));
+    transform.resizeColumn(0, 30, 0);
+    transform.resizeColumn(3, 14, 3);
     transform.moveColumn(5, 0);
     QSaveFile target(path);
     return table.copyAndTransform(&target, transform) && target.commit();
@@ -137,9 +152,9 @@ bool restructure(const QString& source, const QString& path)
 QJsonValue json(const QVariant& value)
 {
     if (value.userType() == QMetaType::QDate)
-        return value.toDate().isValid() ? value.toDate().toString(Qt::ISODate) : QJsonValue();
-    if (value.userType() == QMetaType::LongLong) // Currency, exactly.
-        return value.toString();
+        return value.toDate().toString(Qt::ISODate);
+    if (value.userType() == QMetaType::QDateTime)
+        return value.toDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz"));
     if (value.userType() == QMetaType::QByteArray)
         return QString::fromLatin1(value.toByteArray().toHex());
     return QJsonValue::fromVariant(value);
@@ -157,9 +172,9 @@ bool dump(const QString& path, QTextCodec* codec)
     QFile file(path);
     DbfTable table(&file);
     table.overrideTextCodec(codec);
+    table.setConverterChoice(nullableConverter);
     if (!table.open(QIODevice::ReadOnly))
         return false;
-    installConverters(table);
 
     QJsonArray columns;
     for (const DbfColumn& column : table.schema().columns)

@@ -1,20 +1,13 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include "bytes.h"
-
-#include <dbf/dbf.h>
+#include "values.h"
 
 #include <QTextCodec>
 #include <QtCore/QDate>
-#include <QtTest/QtTest>
-
-#include <cmath>
 
 using namespace dbf;
-
-Q_DECLARE_METATYPE(dbf::DbfFieldConverter*)
-Q_DECLARE_METATYPE(dbf::DbfFieldDescriptor)
+using namespace testvalues;
 
 namespace
 {
@@ -30,29 +23,6 @@ DbfFieldConverter* const int64 = DbfLargeIntConverter::instance();
 DbfFieldConverter* const binary64 = DbfBinaryDoubleConverter::instance();
 DbfFieldConverter* const binary32 = DbfBinaryFloatConverter::instance();
 
-QVariant decimal(const char* digits)
-{
-    return QVariant::fromValue(QDecNumber(digits));
-}
-
-const QVariant none;
-
-/// Names a row after the converter's class and the value.
-QTestData& addRow(const DbfFieldConverter* converter, const QVariant& value)
-{
-    const QString shown =
-        value.canConvert<QDecNumber>() ? value.value<QDecNumber>().toString() : value.toString();
-    return QTest::addRow("%s %s %s", typeid(*converter).name(), value.typeName(),
-                         qPrintable(shown));
-}
-
-void compareVariants(const QVariant& actual, const QVariant& expected)
-{
-    QCOMPARE(actual.userType(), expected.userType());
-    QCOMPARE(actual.isNull(), expected.isNull());
-    QCOMPARE(actual, expected);
-}
-
 /// Saves a value when the program ends, after everything made later is gone.
 struct LateWriter {
     ~LateWriter()
@@ -65,6 +35,8 @@ struct LateWriter {
 
 } // namespace
 
+/// The converters that a column has by default and those of binary numbers. What numbers, dates
+/// and texts look like is compared with Qt elsewhere.
 class TestConverters : public QObject
 {
     Q_OBJECT
@@ -81,107 +53,61 @@ private slots:
 
     void bytesBecomeValues_data()
     {
-        QTest::addColumn<DbfFieldConverter*>("converter");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QVariant>("value");
-
-        // Bytes and the value they hold, in turn.
+        addColumns();
         const auto rows = [](DbfFieldConverter* converter, const QVariantList& pairs) {
-            for (int i = 0; i < pairs.size(); i += 2)
-                addRow(converter, pairs[i]) << converter << pairs[i].toByteArray() << pairs[i + 1];
+            addRows(converter, {}, pairs);
         };
-        rows(text, {hex("414243 2020 0000"), "ABC", "  ABC ", "ABC", hex("4142 00 43"), "AB",
-                    hex("a0 09 41 20 42 0d a0"), "A B", hex("00 41"), "", "   ", "", "", ""});
-        rows(truth, {"Y", true, "y", true, "T", true, "t", true, "TF", true, hex("54 00"), true});
-        rows(truth, {"N", false, "F", false, "?", false, " ", false, "", false, "1T", false,
-                     hex("00"), false, hex("d4"), false, hex("14"), false});
+        rows(text, {hex("414243 2020 0000"), "ABC", hex("4142 00 43"), "AB",
+                    hex("a0 09 41 20 42 0d a0"), "A B", "", ""});
+        rows(truth, {"Y", true,  "y", true,  "T",  true,  hex("54 00"), true,  "N",       false,
+                     "?", false, "",  false, "1T", false, hex("d4"),    false, hex("14"), false});
         rows(raw, {hex("00 41 00 20 00"), hex("00 41 00 20 00")});
-        rows(number, {" -3e2\t", -300.0, "1e400", HUGE_VAL, "", 0.0, "1,5", 0.0, "****", 0.0});
+        rows(number, {" -3e2\t", -300.0, "1e400", infinity, "", 0.0, "1,5", 0.0});
         rows(date, {"20240229 x", QDate(2024, 2, 29), "2024013", QDate(2024, 1, 3), "2024 1 5",
-                    QDate(2024, 1, 5), "20230229", QDate(), "    ", QDate(), "", QDate()});
+                    QDate(2024, 1, 5), "20230229", QDate(), "", QDate()});
         rows(int16, {hex("ffff"), -1, hex("3412 ff"), 4660, hex("ff"), none});
         rows(int32, {hex("ffffff7f"), 2147483647, hex("00000080 ff"), -2147483647 - 1,
                      hex("ffffff"), none});
-        rows(int64, {hex("0100000000000000"), 1ll, hex("feffffffffffffff ff"), -2ll,
-                     hex("ffffffffffffff"), none});
-        rows(binary64, {hex("000000000000f03f ff"), 1.0, hex("000000000000f0ff"), -HUGE_VAL,
-                        hex("00000000000000"), none});
-        rows(binary32, {hex("0000803f ff"), 1.0f, hex("0000807f"), HUGE_VALF, hex("000080"), none});
+        rows(int64, {hex("feffffffffffffff ff"), -2ll, hex("ffffffffffffff"), none});
+        rows(binary64, {hex("000000000000f03f ff"), 1.0, hex("00000000000000"), none});
+        rows(binary32, {hex("0000803f ff"), 1.0f, hex("000080"), none});
     }
 
-    void bytesBecomeValues()
-    {
-        QFETCH(DbfFieldConverter*, converter);
-        QFETCH(QByteArray, bytes);
-        QFETCH(QVariant, value);
-        ExactBytes slice(bytes);
-        const QVariant result = converter->toVariant(slice.view(), DbfSchema(), {});
-        slice.overwrite();
-        compareVariants(result, value);
-    }
+    void bytesBecomeValues() { checkRow(Check::Read); }
 
     void valuesBecomeBytes_data()
     {
-        QTest::addColumn<DbfFieldConverter*>("converter");
-        QTest::addColumn<DbfFieldDescriptor>("field");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QByteArray>("bytes");
-
-        // Values and the bytes they are stored as, in turn.
-        const auto rows = [](DbfFieldConverter* converter, unsigned char length,
-                             unsigned char decimals, const QVariantList& pairs) {
-            const auto field = DbfFieldDescriptor::numberField("F", length, decimals);
-            for (int i = 0; i < pairs.size(); i += 2)
-                addRow(converter, pairs[i])
-                    << converter << field << pairs[i] << pairs[i + 1].toByteArray();
+        addColumns();
+        const auto rows = [](DbfFieldConverter* converter, int length, int decimals,
+                             const QVariantList& pairs) {
+            addRows(converter, described('N', length, decimals), pairs);
         };
         rows(text, 4, 0,
              {"  ho  ", hex("686f 0000"), "abcdefghij", "abcd", -2.5, "-2.5", "Ц", hex("d6 000000"),
               none, hex("00000000")});
         rows(truth, 2, 0, {none, "F", "true", "T", "0", "F", true, "T"});
         rows(raw, 4, 0, {hex("00 01 00"), hex("00 01 00"), "abcdef", "abcdef", none, ""});
-        rows(number, 7, 2,
-             {3.14159, "   3.14", -2.5, "  -2.50", 123456.789, "123456.", 7, "   7.00", "2.5",
-              "   2.50", "abc", "   0.00", none, "   0.00", HUGE_VAL, "    inf", 1e300, "1000000"});
         // Ties go away from zero; only what was rounded to zero keeps its sign.
-        rows(number, 7, 2, {0.125, "   0.13", -0.0, "   0.00", -0.001, "  -0.00"});
-        rows(number, 3, 0, {3.14159, "  3", 2.5, "  3", -1234.0, "-12"});
+        rows(number, 7, 2,
+             {123456.789, "123456.", 7, "   7.00", "2.5", "   2.50", "abc", "   0.00", none,
+              "   0.00", 0.125, "   0.13", -0.0, "   0.00", -0.001, "  -0.00"});
         rows(number, 32, 30, {0.1, "0.100000000000000005551115123126"});
-        rows(date, 8, 0,
-             {QDate(2021, 3, 5), "20210305", "2021-03-05", "20210305", QDate(12345, 1, 2),
-              "12345010", QDate(), "        ", none, "        "});
-        rows(date, 10, 0, {QDate(2021, 3, 5), "20210305  "});
-        rows(date, 6, 0, {QDate(2021, 3, 5), "202103"});
+        rows(date, 10, 0, {"2021-03-05", "20210305  ", none, "          "});
         rows(int16, 3, 0, {40000, hex("409c"), -1, hex("ffff")});
         rows(int32, 1, 0, {"12", hex("0c000000"), 3.6, hex("04000000"), none, hex("00000000")});
         rows(int64, 1, 0,
-             {9007199254740993ll, hex("0100000000002000"), -2, hex("feffffffffffffff"), "abc",
-              hex("0000000000000000")});
-        rows(binary64, 1, 0,
-             {"1", hex("000000000000f03f"), 0.5f, hex("000000000000e03f"), "abc",
-              hex("0000000000000000")});
-        rows(binary32, 9, 0, {0.1, hex("cdcccc3d"), "1", hex("0000803f"), none, hex("00000000")});
+             {9007199254740993ll, hex("0100000000002000"), "abc", hex("0000000000000000")});
+        rows(binary64, 1, 0, {"1", hex("000000000000f03f"), "abc", hex("0000000000000000")});
+        rows(binary32, 9, 0, {0.1, hex("cdcccc3d"), none, hex("00000000")});
     }
 
-    void valuesBecomeBytes()
-    {
-        QFETCH(DbfFieldConverter*, converter);
-        QFETCH(DbfFieldDescriptor, field);
-        QFETCH(QVariant, value);
-        QTEST(converter->toByteArray(value, DbfSchema(), field), "bytes");
-    }
+    void valuesBecomeBytes() { checkRow(Check::Write); }
 
     void callersValuesAreConverted_data()
     {
-        QTest::addColumn<DbfFieldConverter*>("converter");
-        QTest::addColumn<bool>("done");
-        QTest::addColumn<QVariant>("given");
-        QTest::addColumn<QVariant>("expected");
-
-        // Values before and after, in turn.
+        addColumns();
         const auto rows = [](DbfFieldConverter* converter, bool done, const QVariantList& pairs) {
-            for (int i = 0; i < pairs.size(); i += 2)
-                addRow(converter, pairs[i]) << converter << done << pairs[i] << pairs[i + 1];
+            addRows(converter, described(done ? 'Y' : 'N', 0), pairs);
         };
         rows(text, true, {42, "42"});
         rows(raw, true, {"AB", QByteArray("AB")});
@@ -194,38 +120,25 @@ private slots:
         rows(binary64, true, {"1.5", 1.5});
         rows(binary32, true, {0.5f, 0.5});
 
-        rows(date, false, {"abc", none, 1.5, none});
-        rows(number, false, {"abc", none, decimal("1"), none});
-        rows(int16, false, {"abc", none});
-        rows(int32, false, {"abc", none, QDate(2024, 1, 1), none});
-        rows(int64, false, {"abc", none});
-        rows(binary32, false, {"abc", none, decimal("1"), none});
+        rows(date, false, {"abc", nullOf(QMetaType::QDate), 1.5, none});
+        rows(number, false, {"abc", nullOf(QMetaType::Double), decimal("1"), none});
+        rows(int16, false, {"abc", nullOf(QMetaType::Short)});
+        rows(int32, false, {"abc", nullOf(QMetaType::Int), QDate(2024, 1, 1), none});
+        rows(int64, false, {"abc", nullOf(QMetaType::LongLong)});
+        rows(binary32, false, {"abc", nullOf(QMetaType::Double), decimal("1"), none});
         rows(truth, false, {none, none});
 
         rows(truth, true,
-             {decimal("0.00"), false, decimal("-0"), false, decimal("0E+9"), false, decimal("0.1"),
-              true, decimal("NaN"), true, decimal("-Inf"), true});
+             {decimal("-0"), false, decimal("0E+9"), false, decimal("0.1"), true, decimal("NaN"),
+              true});
         rows(int16, true, {decimal("40000"), -25536, decimal("-32769"), 32767});
         rows(int32, true,
-             {decimal("41.6"), 42, decimal("-41.6"), -42, decimal("2.5"), 3, decimal("-2.5"), -3,
-              decimal("999999999.4"), 999999999, decimal("999999999.5"), 0, decimal("3000000000"),
-              0, decimal("NaN"), 0});
-        rows(int64, true,
-             {decimal("1234.6"), 1235ll, decimal("-999999999"), -999999999ll, decimal("1234567890"),
-              0ll, decimal("Infinity"), 0ll});
+             {decimal("-41.6"), -42, decimal("2.5"), 3, decimal("999999999.4"), 999999999,
+              decimal("999999999.5"), 0, decimal("NaN"), 0});
+        rows(int64, true, {decimal("1234.6"), 1235ll, decimal("1234567890"), 0ll});
     }
 
-    void callersValuesAreConverted()
-    {
-        QFETCH(DbfFieldConverter*, converter);
-        QFETCH(QVariant, given);
-        QFETCH(QVariant, expected);
-        QTEST(converter->convertVariant(given), "done");
-        if (expected.isNull()) // of which type is Qt's to say
-            QVERIFY(given.isNull());
-        else
-            compareVariants(given, expected);
-    }
+    void callersValuesAreConverted() { checkRow(Check::Convert); }
 
     void blankFieldsHaveTheDefaultValue()
     {
@@ -247,10 +160,8 @@ private slots:
                 string, maxLength, QTextCodec::codecForName(codec), &fits);
             return bytes.toHex() + (fits ? " fits" : " cut");
         };
-        QCOMPARE(encoded("abc", 3, "KOI8-R"), QByteArray("616263 fits"));
         QCOMPARE(encoded("日本A", 5, "Shift_JIS"), QByteArray("93fa967b41 fits"));
         QCOMPARE(encoded("яя", 1, ""), QByteArray("ff cut"));
-        QCOMPARE(encoded("яЯ", 4, "UTF-8"), QByteArray("d18fd0af fits"));
         QCOMPARE(encoded("яЯ", 3, "UTF-8"), QByteArray("d18fd0 cut"));
         QCOMPARE(encoded("a", -1, "UTF-8"), QByteArray(" cut"));
         QCOMPARE(DbfStringConverter::fromUnicode("ab", 1, nullptr, nullptr), QByteArray("a"));

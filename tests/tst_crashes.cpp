@@ -78,10 +78,8 @@ private slots:
             QTest::newRow(name) << operation;
         };
         row("update", {3, [](DbfTable& t) { return t.updateRecord(newRecord(1)); }, 0, 1});
-        row("append", {3, append, 1});
         row("append to none", {0, append, 1});
         row("append, count carries", {255, append, 1});
-        row("bulk append", {3, appendMany(5), 5});
         row("bulk append, count carries", {250, appendMany(20), 20});
         row("bulk append of blocks", {3, appendMany(7000), 7000});
     }

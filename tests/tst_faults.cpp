@@ -4,7 +4,6 @@
 #include "recordingdevice.h"
 #include "testtables.h"
 
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <array>
@@ -67,39 +66,12 @@ Memory memoryOf(const DbfTable& table)
             DbfTable::serializeSchema(table.schema()), table.schema().codec, table.isOpen()};
 }
 
-/// A file whose opening or reading goes wrong as a RecordingDevice's would.
-class FaultyFile : public QFile
-{
-public:
-    Device::Fault fault;
-
-    bool open(OpenMode mode) override
-    {
-        return !strikes(Device::Open) && QFile::open(mode | Unbuffered);
-    }
-
-protected:
-    qint64 readData(char* data, qint64 size) override
-    {
-        if (!strikes(Device::Read))
-            return QFile::readData(data, size);
-        return fault.outcome == Device::Fail ? -1 : QFile::readData(data, size - 1);
-    }
-
-private:
-    bool strikes(Device::Operation operation)
-    {
-        return operation == fault.operation && fault.call > 0 && --fault.call == 0;
-    }
-};
-
 /// An opened table and its devices.
 struct Stage {
     Stage() { table.open(QIODevice::ReadWrite); }
 
     Device device{wideTable()};
     Device target;
-    FaultyFile file;
     DbfTable table{&device};
     Device::Fault fault; ///< What is to go wrong.
 };
@@ -204,18 +176,13 @@ public:
 private:
     Result runWithFault()
     {
-        const bool onFile = m_stage.table.device() == &m_stage.file;
         const bool onTarget = m_operation.faulty == Operation::TargetDevice;
         Device& device = onTarget ? m_stage.target : m_stage.device;
         m_stage.fault = m_fault;
-        m_stage.file.fault = onFile ? m_fault : Device::Fault();
-        device.setFault(onFile ? Device::Fault() : m_fault);
+        device.setFault(m_fault);
         const Result result = m_operation.run(m_stage);
-        m_struck = onFile ? m_stage.file.fault.call == 0 : !device.isFaultPending();
-        m_stage.file.fault = {};
+        m_struck = !device.isFaultPending();
         device.setFault({});
-        if (onFile)
-            m_stage.device.content = readFile(m_stage.file.fileName());
         return result;
     }
 
@@ -296,8 +263,6 @@ class TestFaults : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_folder;
-
 private slots:
     void everyDeviceCallMayFail_data()
     {
@@ -316,27 +281,15 @@ private slots:
             faultRow("seek", Device::Seek, Device::Fail);
         };
 
-        const QString path = m_folder.filePath(QStringLiteral("table"));
         const auto unopened = [](Stage& s) {
             s.device.close();
             s.table = DbfTable(&s.device);
         };
         const auto changed = [](Stage& s) { s.device.content = otherTable(); };
-        const auto replaced = [path](Stage& s) {
-            QFile::remove(path);
-            writeFile(path, s.device.content);
-            s.file.setFileName(path);
-            s.table = DbfTable(&s.file);
-            s.table.open(QIODevice::ReadOnly);
-            QFile::remove(path);
-            writeFile(path, s.device.content = otherTable());
-        };
         const auto open = [](Stage& s) { return s.table.open(QIODevice::ReadWrite); };
         const auto reopen = [](Stage& s) { return s.table.reopen(); };
-        const auto actualize = [](Stage& s) { return s.table.actualize(); };
         row("open", {open, {1, 2, 0, 0}, Operation::Memory, unopened});
         row("reopen", {reopen, {1, 2, 0, 0}, Operation::Memory, changed});
-        row("actualize", {actualize, {1, 2, 0, 0}, Operation::Memory, replaced});
 
         const QStringList records = readAnew(wideTable());
         const auto readRecord = [=](Stage& s) {

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "columns.h"
 #include "testtables.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QtTest>
 
 #include <functional>
 
@@ -33,42 +33,26 @@ struct FileTable {
     DbfTable table;
 };
 
-/// A device of a caller's own that reads more than it was asked for.
-class OverfullDevice : public RecordingDevice
+/// A device of a caller's own that reads more than it was asked for, or tells no size.
+class OddDevice : public RecordingDevice
 {
 public:
     using RecordingDevice::RecordingDevice;
+    qint64 size() const override { return hidesSize ? 0 : RecordingDevice::size(); }
+
     bool isOverfull = false;
-
-protected:
-    qint64 readData(char* data, qint64 size) override
-    {
-        const qint64 read = RecordingDevice::readData(data, size);
-        return isOverfull ? read + 1000 : read;
-    }
-};
-
-/// A device that never ends and does not tell how much it holds.
-class EndlessDevice : public RecordingDevice
-{
-public:
-    using RecordingDevice::RecordingDevice;
-    qint64 size() const override { return 0; }
+    bool hidesSize = false;
     qint64 largestRead = 0;
 
 protected:
     qint64 readData(char* data, qint64 size) override
     {
         largestRead = qMax(largestRead, size);
-        return RecordingDevice::readData(data, size);
+        return RecordingDevice::readData(data, size) + (isOverfull ? 1000 : 0);
     }
 };
 
-using Read = std::function<QString(DbfTable&, int)>;
-
 } // namespace
-
-Q_DECLARE_METATYPE(Read)
 
 /// Files that other processes change while a table is open, that end too early, and devices that
 /// answer oddly.
@@ -79,71 +63,64 @@ class TestFiles : public QObject
 private slots:
     void init() { writeFile(path(), tableOf(100, 'a').bytes()); }
 
-    void everyReadSeesTheFileAsItIs_data()
+    void everyReadSeesTheFileAsItIs()
     {
-        QTest::addColumn<Read>("read");
         const auto textOf = [](const DbfRecord& record) {
             return record.isDeleted() ? QString("deleted") : record.values.value(0).toString();
         };
-        QTest::newRow("readRecord")
-            << Read([=](DbfTable& table, int index) { return textOf(table.readRecord(index)); });
-        QTest::newRow("readRecords") << Read([=](DbfTable& table, int index) {
-            return textOf(table.readRecords(index, 1).value(0));
-        });
-        QTest::newRow("cursor") << Read([=](DbfTable& table, int index) {
-            DbfRecordCursor cursor(table, index, 1);
-            return cursor.next() ? textOf(cursor.record()) : QString();
-        });
-        QTest::newRow("copy") << Read([=](DbfTable& table, int index) {
-            QBuffer target;
-            return table.copyAndTransform(&target, identityOf(table))
-                       ? QString(target.data().mid(recordsStart + index * recordLength + 1, 10))
-                       : QString();
-        });
-    }
-
-    void everyReadSeesTheFileAsItIs()
-    {
-        QFETCH(Read, read);
-        FileTable t(path());
-        QVERIFY(!t.table.isRecordDeleted(2));
-        QCOMPARE(read(t.table, 1), QString(10, 'a'));
-        const qint64 position = t.file.pos();
-        QVERIFY(t.table.readRecord(-1).isTransient());
-        QCOMPARE(t.file.pos(), position);
-        QFile other(path());
-        QVERIFY(other.open(QIODevice::ReadWrite));
-        other.write(tableOf(100, 'b').bytes());
-        other.flush();
-        for (const int index : {2, 1, 99})
-            QCOMPARE(read(t.table, index), QString(10, 'b'));
-        QVERIFY(other.seek(recordsStart + 3 * recordLength) && other.putChar('*'));
-        other.close();
-        QVERIFY(t.table.isRecordDeleted(3));
-        QVERIFY(QFile::resize(path(), recordsStart + 3 * recordLength));
-        QCOMPARE(read(t.table, 3), QString());
+        using Read = std::function<QString(DbfTable&, int)>;
+        const Read reads[] = {
+            [=](DbfTable& table, int index) { return textOf(table.readRecord(index)); },
+            [=](DbfTable& table, int index) {
+                return textOf(table.readRecords(index, 1).value(0));
+            },
+            [=](DbfTable& table, int index) {
+                DbfRecordCursor cursor(table, index, 1);
+                return cursor.next() ? textOf(cursor.record()) : QString();
+            },
+            [=](DbfTable& table, int index) {
+                QBuffer target;
+                return table.copyAndTransform(&target, identityOf(table))
+                           ? QString(target.data().mid(recordsStart + index * recordLength + 1, 10))
+                           : QString();
+            }};
+        for (const Read& read : reads) {
+            init();
+            FileTable t(path());
+            QVERIFY(!t.table.isRecordDeleted(2));
+            QCOMPARE(read(t.table, 1), QString(10, 'a'));
+            const qint64 position = t.file.pos();
+            QVERIFY(t.table.readRecord(-1).isTransient());
+            QCOMPARE(t.file.pos(), position);
+            QFile other(path());
+            QVERIFY(other.open(QIODevice::ReadWrite));
+            other.write(tableOf(100, 'b').bytes());
+            other.flush();
+            for (const int index : {2, 1, 99})
+                QCOMPARE(read(t.table, index), QString(10, 'b'));
+            QVERIFY(other.seek(recordsStart + 3 * recordLength) && other.putChar('*'));
+            other.close();
+            QVERIFY(t.table.isRecordDeleted(3));
+            QVERIFY(QFile::resize(path(), recordsStart + 3 * recordLength));
+            QCOMPARE(read(t.table, 3), QString());
+        }
     }
 
     // A hole in a file reads as records.
     void nothingIsWrittenBehindTheEndOfACutFile_data()
     {
-        QTest::addColumn<bool>("inBuffer");
-        QTest::addColumn<int>("size");
-        for (const bool inBuffer : {false, true}) {
-            const char* const where = inBuffer ? "buffer" : "file";
-            QTest::addRow("%s cut to 3 records", where) << inBuffer << 3 * recordLength;
-            QTest::addRow("%s cut within a record", where) << inBuffer << 3 * recordLength + 1;
-            QTest::addRow("%s without records", where) << inBuffer << 0;
-            QTest::addRow("%s without end marker", where) << inBuffer << 100 * recordLength;
-        }
+        addColumns<bool, int>({"inBuffer", "slot"});
+        for (const bool inBuffer : {false, true})
+            for (const int slot : {0, 3, 4, 99, 100, 101}) // 101 for a bulk append, behind the last
+                QTest::addRow("%s %d", inBuffer ? "buffer" : "file", slot) << inBuffer << slot;
     }
 
     void nothingIsWrittenBehindTheEndOfACutFile()
     {
         QFETCH(bool, inBuffer);
-        QFETCH(int, size);
-        const QByteArray bytes = tableOf(100, 'a').bytes().left(recordsStart + size);
-        for (const int slot : {0, 3, 4, 99, 100, 101}) { // 101 for a bulk append, behind the last
+        QFETCH(int, slot);
+        for (const int size : {0, 3 * recordLength, 3 * recordLength + 1, 100 * recordLength}) {
+            const QByteArray bytes = tableOf(100, 'a').bytes().left(recordsStart + size);
             QByteArray content = bytes;
             writeFile(path(), bytes);
             QFile file(path());
@@ -178,42 +155,32 @@ private slots:
         QCOMPARE(t.table.lastError(), DbfTable::ReadError);
     }
 
-    void textModeGivesNoRecords()
+    // In text mode, open for writing alone, and with a device that gives more than it was asked
+    // for.
+    void devicesThatMisreadGiveNoRecords()
     {
-        FileTable t(path());
-        t.file.setTextModeEnabled(true);
-        QVERIFY(t.table.readRecord(0).isTransient() && t.table.isRecordDeleted(0));
-        QVERIFY(t.table.readRecords(0, 1).isEmpty());
-        QCOMPARE(t.table.lastError(), DbfTable::ReadError);
-        DbfRecordCursor cursor(t.table);
-        QVERIFY(!cursor.next() && cursor.hasError());
-    }
-
-    void deviceThatIsOpenForWritingAloneGivesNoRecords()
-    {
-        FileTable t(path());
-        t.file.close();
-        QVERIFY(t.file.open(QIODevice::Append));
-        DbfRecordCursor cursor(t.table);
-        QVERIFY(!cursor.next() && cursor.hasError());
-        QVERIFY(t.table.readRecord(0).isTransient());
-    }
-
-    void moreThanWasAskedForIsAFailedRead()
-    {
-        OverfullDevice device(tableOf(100, 'a').bytes());
-        DbfTable table(&device);
-        QVERIFY(table.open(QIODevice::ReadWrite));
+        FileTable text(path());
+        text.file.setTextModeEnabled(true);
+        FileTable writing(path());
+        writing.file.close();
+        QVERIFY(writing.file.open(QIODevice::Append));
+        OddDevice device(tableOf(100, 'a').bytes());
+        DbfTable overfull(&device);
+        QVERIFY(overfull.open(QIODevice::ReadWrite));
         device.isOverfull = true;
-        QVERIFY(table.readRecord(0).isTransient() && table.isRecordDeleted(0));
-        QVERIFY(table.readRecords(0, 2).isEmpty());
-        DbfRecordCursor cursor(table);
-        QVERIFY(!cursor.next() && cursor.hasError());
+        for (DbfTable* const table : {&text.table, &writing.table, &overfull}) {
+            QVERIFY(table->readRecord(0).isTransient() && table->isRecordDeleted(0));
+            QVERIFY(table->readRecords(0, 2).isEmpty());
+            QCOMPARE(table->lastError(), DbfTable::ReadError);
+            DbfRecordCursor cursor(*table);
+            QVERIFY(!cursor.next() && cursor.hasError());
+        }
     }
 
     void deviceOfUnknownSizeIsReadPieceByPiece()
     {
-        EndlessDevice device(header(0x7FFFFFFF, 33, 65535));
+        OddDevice device(header(0x7FFFFFFF, 33, 65535));
+        device.hidesSize = true;
         DbfTable table(&device);
         QVERIFY(table.open(QIODevice::ReadOnly));
         QVERIFY(table.readRecords(0, 32767).isEmpty()); // of 2 GB
@@ -237,18 +204,6 @@ private slots:
         open.device.setFault({RecordingDevice::Seek, 1});
         QVERIFY(open.table.readRecords(1, 0).isEmpty() && !open.table.hasError());
         QCOMPARE(open.device.log(), QStringList("seek 140"));
-    }
-
-    void tableThatWasNeverOpenedDoesNotReopen()
-    {
-        QBuffer buffer;
-        QFile file(path());
-        for (QIODevice* const device :
-             {static_cast<QIODevice*>(&buffer), static_cast<QIODevice*>(&file)}) {
-            DbfTable table(device);
-            QVERIFY(!table.reopen());
-            QCOMPARE(table.lastError(), DbfTable::OpenError);
-        }
     }
 
 private:

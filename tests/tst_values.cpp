@@ -37,26 +37,6 @@ public:
     bool convertVariant(QVariant& value) const override { return value.canConvert<Opaque>(); }
 };
 
-/// Every kind of field, and a byte behind the last column.
-Table everyKind()
-{
-    Table table{{field("TEXT", 'C', 6), field("NUMBER", 'N', 6, 2), field("FLOAT", 'F', 6, 2),
-                 field("DATE", 'D', 8), field("SURE", 'L', 1), field("RAW", 'M', 4),
-                 field("INT2", 'I', 2), field("INT4", 'I', 4), field("INT8", 'I', 8),
-                 field("REAL8", 'B', 8), field("REAL4", 'B', 4), field("OWN", 'X', 5)}};
-    return table;
-}
-
-void installAll(DbfTable& table, DbfFieldConverter* own)
-{
-    table.setFieldConverter(6, DbfSmallIntConverter::instance());
-    table.setFieldConverter(7, DbfIntConverter::instance());
-    table.setFieldConverter(8, DbfLargeIntConverter::instance());
-    table.setFieldConverter(9, DbfBinaryDoubleConverter::instance());
-    table.setFieldConverter(10, DbfBinaryFloatConverter::instance());
-    table.setFieldConverter(11, own);
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Opaque)
@@ -69,18 +49,28 @@ class TestValues : public QObject
 private slots:
     void recordWrittenBackChangesNoByte()
     {
+        OpaqueConverter own;
+        // From the seventh column on with converters of their own.
+        const QByteArrayList fields{
+            field("TEXT", 'C', 6),  field("NUMBER", 'N', 6, 2), field("FLOAT", 'F', 6, 2),
+            field("DATE", 'D', 8),  field("SURE", 'L', 1),      field("RAW", 'M', 4),
+            field("INT2", 'I', 2),  field("INT4", 'I', 4),      field("INT8", 'I', 8),
+            field("REAL8", 'B', 8), field("REAL4", 'B', 4),     field("OWN", 'X', 5)};
+        const QVector<DbfFieldConverter*> converters{
+            DbfSmallIntConverter::instance(),    DbfIntConverter::instance(),
+            DbfLargeIntConverter::instance(),    DbfBinaryDoubleConverter::instance(),
+            DbfBinaryFloatConverter::instance(), &own};
         constexpr int length = 62 + 3; // three bytes behind the last column
         constexpr int count = 300;
-        Table table = everyKind();
         std::mt19937 random(1);
         const QByteArray fillers(" 0.-*FT\0\xFFx", 10);
-        QByteArray bytes = header(count, 33 + 32 * int(table.fields.size()), length) +
-                           table.fields.toList().join() + '\x0D';
+        QByteArray bytes =
+            header(count, int(33 + 32 * fields.size()), length) + fields.join() + '\x0D';
         for (int i = 0; i < count * length; ++i)
             bytes += random() % 2 ? char(random()) : fillers.at(int(random() % 10));
-        OpaqueConverter own;
         OpenTable open(bytes);
-        installAll(open.table, &own);
+        for (int i = 0; i < converters.size(); ++i)
+            open.table.setFieldConverter(6 + i, converters.at(i));
         for (int i = 0; i < count; ++i)
             QVERIFY(open.table.updateValues(open.table.readRecord(i)));
         QVERIFY(open.device.writes().isEmpty());
@@ -102,8 +92,8 @@ private slots:
         QVERIFY(open.table.updateValues(deleted));
         bytes[140] = '*';
         QCOMPARE(open.device.content, bytes);
-        QVERIFY(!open.table.updateValues(DbfRecord(-1, {"x"})) && !open.table.hasError());
-        QVERIFY(!open.table.updateValues(DbfRecord(3, {"x"})) && !open.table.hasError());
+        for (const int index : {-1, 3})
+            QVERIFY(!open.table.updateValues(DbfRecord(index, {"x"})) && !open.table.hasError());
     }
 
     void valueOfAnotherSizeIsRefused()
@@ -134,6 +124,23 @@ private slots:
         QCOMPARE(open.device.content.mid(97, 6), QByteArray(" Bob  "));
     }
 
+    void timesAreWhatTheirClocksShow()
+    {
+        const QByteArray noon = QByteArray::fromHex("858A250080EE6502"); // 2024-02-29 11:10
+        Table table{{field("WHEN", 'T', 8)}, {' ' + noon}, 0x30, 0xC9, QByteArray(263, 0)};
+        OpenTable open(table.bytes());
+        open.table.setConverterChoice(nullableConverter);
+        QVERIFY(open.table.reopen());
+        QDateTime when = open.table.readRecord(0).values.first().toDateTime();
+        QVERIFY(when.isValid());
+        when.setOffsetFromUtc(3600); // the same clock elsewhere
+        QVERIFY(open.table.updateValues(DbfRecord(0, {when})));
+        QVERIFY(open.device.writes().isEmpty());
+        QVERIFY(open.table.updateValues(DbfRecord(0, {when.addSecs(60)})));
+        QVERIFY(open.table.updateValues(DbfRecord(0, {when.addDays(1)})));
+        QCOMPARE(open.device.writes().size(), 2);
+    }
+
     void flagAloneIsWritten()
     {
         OpenTable open(sample().bytes());
@@ -145,8 +152,8 @@ private slots:
         }
         open.device.clearLog();
         for (const int index : {-1, 3, std::numeric_limits<int>::max()})
-            QVERIFY(!open.table.setRecordDeleted(index, true));
-        QVERIFY(!open.table.hasError() && open.device.log().isEmpty());
+            QVERIFY(!open.table.setRecordDeleted(index, true) && !open.table.hasError());
+        QVERIFY(open.device.log().isEmpty());
     }
 
     void chosenConvertersAreInstalledByEveryOpening()
@@ -158,20 +165,19 @@ private slots:
                            ? DbfDoubleConverter::instance()
                            : nullptr;
             });
-        QVERIFY(open.table.reopen());
-        QCOMPARE(open.table.readRecord(0).values.at(2), QVariant(1.5));
+        const auto amount = [](DbfTable& table) {
+            return table.reopen() ? table.readRecord(0).values.at(2) : QVariant();
+        };
+        QCOMPARE(amount(open.table), QVariant(1.5));
         QCOMPARE(open.table.readRecord(0).values.at(1), QVariant(true));
         DbfTable moved(std::move(open.table));
         open.table.close(); // as harmless as on any table without a device
-        QVERIFY(moved.reopen());
-        QCOMPARE(moved.readRecord(0).values.at(2), QVariant(1.5));
+        QCOMPARE(amount(moved), QVariant(1.5));
         DbfTable other(nullptr);
         swap(moved, other);
-        QVERIFY(other.reopen());
-        QCOMPARE(other.readRecord(0).values.at(2), QVariant(1.5));
+        QCOMPARE(amount(other), QVariant(1.5));
         other.setConverterChoice({});
-        QVERIFY(other.reopen());
-        QCOMPARE(other.readRecord(0).values.at(2), QVariant("1.5"));
+        QCOMPARE(amount(other), QVariant("1.5"));
     }
 
     void choiceThatThrowsLeavesAFailedOpening()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/dbfbytearrayconverter.h>
+#include <dbf/converters/dbfreadonlyconverter.h>
 #include <dbf/converters/fieldkind_p.h>
 
 namespace dbf
@@ -10,6 +11,12 @@ namespace dbf
 DbfFieldConverter* converterOf(const DbfColumn& column)
 {
     return column.converter ? column.converter : DbfByteArrayConverter::instance();
+}
+
+bool isWritable(const QVariant& value, const DbfColumn& column)
+{
+    return !dynamic_cast<const DbfReadOnlyConverter*>(converterOf(column)) ||
+           DbfReadOnlyConverter::isWritable(value);
 }
 
 FieldKind fieldKind(const DbfColumn& column)

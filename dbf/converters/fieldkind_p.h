@@ -85,6 +85,10 @@ inline bool isTextKind(FieldKind kind)
 /// Returns the converter of \a column: the raw-bytes converter where it has none.
 DbfFieldConverter* converterOf(const DbfColumn& column);
 
+/// Returns whether the converter of \a column takes \a value instead of throwing, as far as its
+/// class tells.
+bool isWritable(const QVariant& value, const DbfColumn& column);
+
 /// Returns what the converter of \a column does.
 FieldKind fieldKind(const DbfColumn& column);
 

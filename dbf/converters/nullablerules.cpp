@@ -39,7 +39,7 @@ std::optional<qint64> readPlainInteger(std::string_view bytes)
 {
     constexpr std::ptrdiff_t mostDigits = std::numeric_limits<qint64>::digits10;
     const char* const end = bytes.data() + bytes.size();
-    const char* position = withoutLeadingSpaces(bytes.data(), end);
+    const char* position = bytes.data();
     while (position != end && *position == ' ')
         ++position;
     const bool isNegative = position != end && *position == '-';
@@ -200,7 +200,7 @@ void NullableLogicalRule::write(const QVariant& value, const FieldContext& field
 {
     if (field.length == 0)
         return;
-    fillWithSpaces(bytes + 1, field.length - 1);
+    std::memset(bytes + 1, ' ', static_cast<size_t>(field.length - 1));
     const GivenTruth truth = givenTruth(value);
     *bytes = truth.given != Given::Value ? unknownLetter : truth.truth ? 'T' : 'F';
 }

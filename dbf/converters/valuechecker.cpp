@@ -64,6 +64,11 @@ std::string rounded(const DecimalText& number, int decimals)
     return text.substr(text.find_first_not_of(' '));
 }
 
+bool isSameNumber(const DecimalText& a, const DecimalText& b)
+{
+    return rounded(a, manyDecimals) == rounded(b, manyDecimals);
+}
+
 /// Whether \a number is too long to be written out: its whole digits exceed every field.
 bool isBeyondFields(const GivenNumber& number)
 {
@@ -74,8 +79,6 @@ int significantDigits(const std::string& digits)
 {
     const size_t first = digits.find_first_of("123456789");
     const size_t last = digits.find_last_of("123456789");
-    if (first == std::string::npos)
-        return 0;
     const size_t point = digits.find('.');
     return static_cast<int>(last - first + 1 - (point > first && point < last ? 1 : 0));
 }
@@ -155,9 +158,7 @@ Problem textProblem(QStringView content, const FieldContext& field, bool isPadde
         isPadded ? field.codec->decodePadded(viewOf(bytes)) : field.codec->decode(viewOf(bytes));
     if (back != content)
         return Reason::NotInCodePage;
-    return bytes.size() > field.length || (!isPadded && content.size() > field.length)
-               ? Reason::TooLong
-               : Problem();
+    return bytes.size() > field.length ? Reason::TooLong : Problem();
 }
 
 /// The text that the default converter makes of a value; nothing where it loses the value.
@@ -184,16 +185,16 @@ Problem problemIn(TextRule, const Case& c)
         const GivenNumber number{QVariant(*text)};
         if (const Problem problem = kindProblem(number, true))
             return problem;
-        const QByteArray whole = text->trimmed().toLatin1();
-        const std::string_view kept = viewOf(whole).substr(0, static_cast<size_t>(c.field.length));
-        const std::optional<DecimalText> stored = DecimalText::read(kept);
-        return stored && rounded(*stored, manyDecimals) == rounded(number.digits(), manyDecimals)
-                   ? Problem()
-                   : Reason::TooLarge;
+        const QByteArray kept = text->left(c.field.length).toLatin1();
+        const std::optional<DecimalText> stored = DecimalText::read(trimmedAscii(viewOf(kept)));
+        if (!stored || !isSameNumber(*stored, number.digits()))
+            return Reason::TooLarge;
+        return std::nullopt;
     }
-    if (!text->isEmpty() && text->front().isSpace() && !text->trimmed().isEmpty())
+    const QStringView content = QStringView(*text).trimmed();
+    if (!content.isEmpty() && content.data() != text->data())
         return Reason::Changed;
-    return textProblem(QStringView(*text).trimmed(), c.field, false);
+    return textProblem(content, c.field, false);
 }
 
 Problem problemIn(NullableTextRule, const Case& c)
@@ -207,6 +208,10 @@ Problem problemIn(NullableTextRule, const Case& c)
     case Given::Value:
         break;
     }
+    const int type = c.value.userType();
+    if (type != QMetaType::QString && type != QMetaType::QDate && type != QMetaType::QDateTime &&
+        givenText(c.value, longestField).text != given.text) // A number was made shorter.
+        return Reason::TooLong;
     QStringView content(given.text);
     while (!content.isEmpty() && content.back() == QLatin1Char(' '))
         content.chop(1);
@@ -350,26 +355,34 @@ Problem problemIn(LargeIntRule, const Case& c)
     return integerProblem<LargeIntRule, qint64>(c);
 }
 
-template <typename Rule>
-Problem binaryProblem(Rule, const Case& c)
+/// What is wrong with a number that is stored as \a stored, of a type that keeps \a keptDigits
+/// digits and turns other numbers into what \a asStored returns.
+Problem binaryProblem(const Case& c, double stored, int keptDigits, double (*asStored)(double))
 {
-    const double stored = Rule::numberOf(c.value);
     if (isFloating(c.value))
         return std::isinf(stored) && !std::isinf(c.value.toDouble()) ? Reason::TooLarge : Problem();
     const GivenNumber number(c.value);
     if (const Problem problem = kindProblem(number, false))
         return problem;
-    if (std::isinf(stored))
-        return Reason::TooLarge;
     const std::string expected = rounded(number.digits(), manyDecimals);
+    const std::optional<double> nearest = nearestDouble(expected);
+    if (!nearest || std::isinf(asStored(*nearest)))
+        return Reason::TooLarge;
     const ShortestText shortest(stored);
     const std::optional<DecimalText> digits = DecimalText::read(shortest.text());
-    if (digits && rounded(*digits, manyDecimals) == expected)
+    if (digits && isSameNumber(*digits, number.digits()))
         return std::nullopt;
-    const std::optional<double> nearest = nearestDouble(expected);
-    const bool isKept = significantDigits(expected) <= exactDigits && nearest &&
-                        Rule::numberOf(QVariant(*nearest)) == stored;
+    const bool isKept = significantDigits(expected) <= keptDigits && asStored(*nearest) == stored;
     return isKept ? Problem() : Reason::Changed;
+}
+
+template <typename Rule>
+Problem binaryProblem(Rule, const Case& c)
+{
+    using Number = decltype(Rule::numberOf(QVariant()));
+    return binaryProblem(c, static_cast<double>(Rule::numberOf(c.value)),
+                         std::numeric_limits<Number>::digits10,
+                         [](double number) { return double(static_cast<Number>(number)); });
 }
 
 Problem problemIn(BinaryDoubleRule rule, const Case& c)
@@ -385,12 +398,14 @@ Problem problemIn(BinaryFloatRule rule, const Case& c)
 bool isNothing(const QVariant& value)
 {
     return qt5::isNull(value) ||
-           (value.userType() == QMetaType::QString && value.toString().isEmpty());
+           (value.userType() == QMetaType::QString && held<QString>(value).isEmpty());
 }
 
 /// What is wrong where the converter itself must be asked.
 Problem askedProblem(const QVariant& value, const DbfColumn& column, const DbfSchema& schema)
 {
+    if (!isWritable(value, column))
+        return Reason::NotWritable;
     const DbfFieldConverter* const converter = converterOf(column);
     const QByteArray bytes = converter->toByteArray(value, schema, column.descriptor);
     if (bytes.size() > column.descriptor.length)

@@ -70,37 +70,10 @@ constexpr std::array<qint64, 16> makePowersOfTen()
 
 inline constexpr std::array<qint64, 16> powersOfTen = makePowersOfTen();
 
-// Fields are padded with runs of spaces, which are passed eight at a time.
+// Bytes are looked at eight at a time where that pays.
 constexpr quint64 eightSpaces = Q_UINT64_C(0x2020202020202020);
 constexpr std::ptrdiff_t wordSize = 8;
 constexpr int bitsPerByte = 8;
-
-/// Fills a field. Its width is the same in every record, and stores of whole words that overlap
-/// are then cheaper than the call of a function.
-inline void fillWithSpaces(char* field, int width)
-{
-    if (width < wordSize) {
-        for (int i = 0; i < width; ++i)
-            field[i] = ' ';
-        return;
-    }
-    const std::ptrdiff_t last = width - wordSize;
-    for (std::ptrdiff_t start = 0; start < last; start += wordSize)
-        qToLittleEndian(eightSpaces, field + start);
-    qToLittleEndian(eightSpaces, field + last);
-}
-
-/// Returns where the spaces at \a begin end, up to seven of the last ones left standing.
-inline const char* withoutLeadingSpaces(const char* begin, const char* end)
-{
-    while (end - begin >= wordSize) {
-        const quint64 others = qFromLittleEndian<quint64>(begin) ^ eightSpaces;
-        if (others != 0)
-            return begin + qCountTrailingZeroBits(others) / bitsPerByte;
-        begin += wordSize;
-    }
-    return begin;
-}
 
 } // namespace dbf
 

@@ -4,7 +4,9 @@
 #ifndef DBF_ENCODING_CODECCHOICE_P_H
 #define DBF_ENCODING_CODECCHOICE_P_H
 
-#include <QtCore/QtGlobal>
+#include <QtCore/QByteArray>
+
+#include <optional>
 
 class QTextCodec;
 
@@ -26,6 +28,18 @@ QTextCodec* usableCodec(QTextCodec* codec);
 
 /// Returns the MIBenum of the character set that the language driver \a id stands for, 0 for none.
 int mibForLanguageDriver(int id);
+
+/// Returns the codec that other programs mean by the language driver \a id, null for none.
+QTextCodec* codecForLanguageDriver(int id);
+
+/// Returns the language driver by which other programs know \a codec; nothing for none.
+std::optional<quint8> languageDriverForCodec(QTextCodec* codec);
+
+/// Returns the codec that \a label, as people and `.cpg` files write it, names; null for others.
+QTextCodec* codecForLabel(const QByteArray& label);
+
+/// Returns the codec of DOS code page 737. Thread-safe; Qt's own.
+QTextCodec* greekDosCodec();
 
 } // namespace dbf
 

@@ -121,6 +121,8 @@ bool isUnknown(int source, int target)
     // Of a variant that holds one of these the integer can be had and nothing else.
     const bool isLimited =
         source == QMetaType::Long || source == QMetaType::ULong || source == QMetaType::UChar;
+    if (source == QMetaType::UnknownType)
+        return true;
     switch (target) {
     case QMetaType::QDate:
         return isNumber(source) || source == QMetaType::QByteArray;
@@ -134,6 +136,12 @@ bool isUnknown(int source, int target)
     default:
         return isNumber(target) && isMoment(source);
     }
+}
+
+/// Whether conversions from that type are those that somebody has registered.
+bool isOfCaller(int type)
+{
+    return type >= QMetaType::User;
 }
 
 bool convertByQt(QVariant& value, int type)
@@ -268,7 +276,7 @@ bool convert(QVariant& value, int type)
     const int source = value.userType();
     if (source == type)
         return true;
-    if (isUnknown(source, type)) {
+    if (isUnknown(source, type) || (isOfCaller(source) && !value.canConvert(QMetaType(type)))) {
         value = QVariant();
         return false;
     }

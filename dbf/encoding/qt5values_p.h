@@ -37,7 +37,8 @@ QString fromUtf8(const QByteArray& bytes);
 /// Whether \a value holds nothing, or a null text, array, date or time.
 bool isNull(const QVariant& value);
 
-/// Makes \a value one of \a type, QVariant::convert().
+/// Makes \a value one of \a type, QVariant::convert(). Several threads may make the first
+/// conversion of the process at once.
 bool convert(QVariant& value, int type);
 
 #else
@@ -89,6 +90,9 @@ inline bool isNull(const QVariant& value)
 
 inline bool convert(QVariant& value, int type)
 {
+    // What Qt 5 registers by its first one, it registers once for each of these threads, and
+    // prints a warning about all but one of them.
+    [[maybe_unused]] static const bool registered = QVariant(0).canConvert(QMetaType::QString);
     return value.convert(type);
 }
 

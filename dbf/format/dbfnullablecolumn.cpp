@@ -19,8 +19,8 @@ namespace dbf
 DbfFieldConverter* nullableConverter(const DbfFieldDescriptor& field,
                                      const DbfTableDescriptor& table)
 {
-    const bool hasBinaryDoubles = table.version >= layout::firstBackLinkVersion &&
-                                  table.version <= layout::lastBackLinkVersion;
+    const bool hasBinaryDoubles =
+        table.version >= layout::firstBackLinkVersion && table.version <= layout::nullFlagsVersion;
     const auto letter = static_cast<char>(field.type);
     if (letter == 'C')
         return DbfNullableStringConverter::instance();

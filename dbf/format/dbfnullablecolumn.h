@@ -21,7 +21,7 @@ namespace dbf
 /// - D, T and Y of length 8: DbfNullableDateConverter, DbfNullableDateTimeConverter and
 ///   DbfNullableCurrencyConverter.
 /// - I of length 4: DbfIntConverter.
-/// - B of length 8 in tables of version 0x30 or 0x31: DbfBinaryDoubleConverter. In others the
+/// - B of length 8 in tables of version 0x30 to 0x32: DbfBinaryDoubleConverter. In others the
 ///   letter stands for something else.
 /// - Every other letter or length: DbfByteArrayConverter.
 DBFTABLE_EXPORT DbfFieldConverter* nullableConverter(const DbfFieldDescriptor& field,

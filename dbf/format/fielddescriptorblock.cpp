@@ -29,10 +29,16 @@ QVector<DbfFieldDescriptor> parseFieldDescriptors(const QByteArray& block,
     const int count = std::max(schemaLength(descriptor), 0) / layout::fieldDescriptorSize;
     if (block.size() < count * layout::fieldDescriptorSize)
         throw DbfTable::ReadError;
+    return parseAllFieldDescriptors(block.left(count * layout::fieldDescriptorSize), codec);
+}
+
+QVector<DbfFieldDescriptor> parseAllFieldDescriptors(const QByteArray& block, QTextCodec* codec)
+{
+    const ContainerSize count = block.size() / layout::fieldDescriptorSize;
     QVector<DbfFieldDescriptor> fields;
     fields.reserve(count);
     const char* record = block.constData();
-    for (int i = 0; i < count; ++i, record += layout::fieldDescriptorSize)
+    for (ContainerSize i = 0; i < count; ++i, record += layout::fieldDescriptorSize)
         fields.append(parseFieldDescriptor(record, codec));
     return fields;
 }

@@ -29,6 +29,9 @@ QVector<DbfFieldDescriptor> parseFieldDescriptors(const QByteArray& block,
 QByteArray serializeFieldDescriptor(const DbfFieldDescriptor& field, QTextCodec* codec);
 QByteArray serializeSchema(const DbfSchema& schema);
 
+/// Parses all field descriptors that \a block holds whole.
+QVector<DbfFieldDescriptor> parseAllFieldDescriptors(const QByteArray& block, QTextCodec* codec);
+
 } // namespace dbf::format
 
 #endif

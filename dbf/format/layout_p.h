@@ -6,13 +6,13 @@
 
 #include <QtCore/QtGlobal>
 
-/// The byte layout of a table file. All offsets and sizes are in bytes, all multi-byte numbers
-/// little-endian.
+/// The byte layout of a table file, which docs/format.md describes for readers. All offsets and
+/// sizes are in bytes, all multi-byte numbers little-endian.
 ///
 ///     0                  header (headerSize)
 ///     32                 field descriptors (fieldDescriptorSize each)
 ///     32 + 32 n          schemaTerminator
-///     33 + 32 n          back-link area (backLinkSize), versions 0x30 and 0x31 only
+///     33 + 32 n          back-link area (backLinkSize), versions 0x30 to 0x32 only
 ///     header length      records (record length each)
 ///     after the last     endMarker
 namespace dbf::layout
@@ -35,6 +35,7 @@ constexpr quint8 lastPlainVersion = 0x07;
 constexpr quint8 newTableVersion = 0x03;
 constexpr quint8 firstBackLinkVersion = 0x30;
 constexpr quint8 lastBackLinkVersion = 0x31;
+constexpr quint8 nullFlagsVersion = 0x32; // with back-link area
 
 // Field descriptor.
 constexpr int fieldDescriptorSize = 32;

@@ -16,15 +16,19 @@ namespace dbf::format
 
 DbfTableDescriptor parseTableDescriptor(const QByteArray& header)
 {
+    const DbfTableDescriptor descriptor = parseAnyTableDescriptor(header);
+    if (!supportVersion(static_cast<char>(descriptor.version)))
+        throw DbfTable::UnsupportedVersionError;
+    return descriptor;
+}
+
+DbfTableDescriptor parseAnyTableDescriptor(const QByteArray& header)
+{
     if (header.size() < layout::headerSize)
         throw DbfTable::ReadError;
-    const char version = header.at(layout::versionOffset);
-    if (!supportVersion(version))
-        throw DbfTable::UnsupportedVersionError;
-
     const char* const bytes = header.constData();
     DbfTableDescriptor descriptor;
-    descriptor.version = static_cast<quint8>(version);
+    descriptor.version = static_cast<quint8>(bytes[layout::versionOffset]);
     descriptor.recordCount = qFromLittleEndian<quint32>(bytes + layout::recordCountOffset);
     descriptor.headerLength = qFromLittleEndian<quint16>(bytes + layout::headerLengthOffset);
     descriptor.recordLength = qFromLittleEndian<quint16>(bytes + layout::recordLengthOffset);
@@ -56,10 +60,63 @@ bool hasDbc(const DbfTableDescriptor& descriptor)
            descriptor.version <= layout::lastBackLinkVersion;
 }
 
+bool hasSameLayout(quint8 version)
+{
+    switch (version) {
+    case layout::nullFlagsVersion:
+    case 0x43:
+    case 0x63:
+    case 0x83:
+    case 0x8B:
+    case 0xCB:
+    case 0xF5:
+    case 0xFB:
+        return true;
+    default:
+        return supportVersion(static_cast<char>(version));
+    }
+}
+
+int backLinkLength(const DbfTableDescriptor& descriptor)
+{
+    const bool hasBackLink = hasDbc(descriptor) || descriptor.version == layout::nullFlagsVersion;
+    return hasBackLink ? layout::backLinkSize : 0;
+}
+
+namespace
+{
+
+int lengthBefore(int backLink, const DbfTableDescriptor& descriptor)
+{
+    return descriptor.headerLength - layout::headerSize - layout::schemaTerminatorSize - backLink;
+}
+
+} // namespace
+
 int schemaLength(const DbfTableDescriptor& descriptor)
 {
-    const int backLink = hasDbc(descriptor) ? layout::backLinkSize : 0;
-    return descriptor.headerLength - layout::headerSize - layout::schemaTerminatorSize - backLink;
+    return lengthBefore(hasDbc(descriptor) ? layout::backLinkSize : 0, descriptor);
+}
+
+int fieldsLength(const DbfTableDescriptor& descriptor)
+{
+    return lengthBefore(backLinkLength(descriptor), descriptor);
+}
+
+bool hasWideDescriptors(const QByteArray& fields, const DbfTableDescriptor& descriptor)
+{
+    constexpr int start = 36;
+    constexpr int size = 48;
+    constexpr int lengthOffset = 33;
+    int recordLength = layout::deletionFlagSize;
+    int field = start;
+    for (; field + size <= fields.size() && fields.at(field) != layout::schemaTerminator;
+         field += size)
+        recordLength += static_cast<quint8>(fields.at(field + lengthOffset));
+    // The terminator itself may be the byte that a block of plain descriptors leaves out.
+    const bool hasEnd = field == fields.size() ||
+                        (field < fields.size() && fields.at(field) == layout::schemaTerminator);
+    return hasEnd && field > start && recordLength == descriptor.recordLength;
 }
 
 qint64 recordOffset(qint64 index, const DbfTableDescriptor& descriptor)
@@ -111,15 +168,31 @@ DbfTableDescriptor emptyTableDescriptor(DbfCodePage codePage, const DbfSchema& s
     return descriptor;
 }
 
-DbfTableDescriptor transformDescriptor(const DbfTableDescriptor& source, const DbfSchema& schema)
+namespace
 {
-    const int length = headerLength(schema) + (hasDbc(source) ? layout::backLinkSize : 0);
+
+DbfTableDescriptor descriptorWith(int backLink, const DbfTableDescriptor& source,
+                                  const DbfSchema& schema)
+{
+    const int length = headerLength(schema) + backLink;
     if (length > layout::maxHeaderLength)
         throw DbfTable::HeaderTooLongError;
     DbfTableDescriptor descriptor = source;
     descriptor.headerLength = static_cast<quint16>(length);
     descriptor.recordLength = storableRecordLength(schema);
     return descriptor;
+}
+
+} // namespace
+
+DbfTableDescriptor transformDescriptor(const DbfTableDescriptor& source, const DbfSchema& schema)
+{
+    return descriptorWith(hasDbc(source) ? layout::backLinkSize : 0, source, schema);
+}
+
+DbfTableDescriptor copiedDescriptor(const DbfTableDescriptor& source, const DbfSchema& schema)
+{
+    return descriptorWith(backLinkLength(source), source, schema);
 }
 
 } // namespace dbf::format

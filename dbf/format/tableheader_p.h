@@ -30,6 +30,25 @@ int headerLength(const DbfSchema& schema);
 DbfTableDescriptor emptyTableDescriptor(DbfCodePage codePage, const DbfSchema& schema);
 DbfTableDescriptor transformDescriptor(const DbfTableDescriptor& source, const DbfSchema& schema);
 
+/// Parses the header of any version. Throws ReadError when it is short.
+DbfTableDescriptor parseAnyTableDescriptor(const QByteArray& header);
+
+/// Whether tables of that version lie in the file as those of the supported ones do.
+bool hasSameLayout(quint8 version);
+
+/// Returns the bytes of the area between terminator and records, 0 where there is none.
+int backLinkLength(const DbfTableDescriptor& descriptor);
+
+/// Returns the length of the field descriptors as schemaLength() does, for all of those versions.
+int fieldsLength(const DbfTableDescriptor& descriptor);
+
+/// Returns the header of a copy as transformDescriptor() does, for all of those versions.
+DbfTableDescriptor copiedDescriptor(const DbfTableDescriptor& source, const DbfSchema& schema);
+
+/// Whether \a fields, what stands behind the header of a version 0x04 table, are descriptors of 48
+/// bytes behind 36 others.
+bool hasWideDescriptors(const QByteArray& fields, const DbfTableDescriptor& descriptor);
+
 } // namespace dbf::format
 
 #endif

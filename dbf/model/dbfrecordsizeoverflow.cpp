@@ -19,6 +19,8 @@ QList<DbfRecordSizeOverflow> checkRecordSizeOverflow(const DbfRecord& record,
         // Copies, since a converter may open the table anew that the schema belongs to.
         const DbfColumn column = schema.columns.at(i);
         const QVariant value = record.values.at(i);
+        if (!isWritable(value, column))
+            continue;
         const QByteArray bytes = converterOf(column)->toByteArray(value, schema, column.descriptor);
         if (bytes.size() > column.descriptor.length)
             overflows.append({i, saturated(bytes.size()), column.descriptor.length});

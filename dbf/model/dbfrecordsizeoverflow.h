@@ -24,10 +24,11 @@ struct DbfRecordSizeOverflow {
 /// Returns one entry for each value of \a record that needs more bytes than its column in
 /// \a schema has, in ascending column order; an empty list when everything fits.
 ///
-/// The columns' current converters are asked. Columns for which the record holds no value, and
-/// values beyond the last column, are skipped. Text, float and date converters cut their output to
-/// the field themselves, so they never give an entry (DbfStringConverter::fromUnicode tells whether
-/// a text fits). Lets through whatever a caller's converter throws.
+/// The columns' current converters are asked. Columns for which the record holds no value,
+/// values beyond the last column, and those that cannot be written at all are skipped. Text, float
+/// and date converters cut their output to the field themselves, so they never give an entry
+/// (DbfStringConverter::fromUnicode tells whether a text fits). Lets through whatever a caller's
+/// converter throws.
 DBFTABLE_EXPORT QList<DbfRecordSizeOverflow> checkRecordSizeOverflow(const DbfRecord& record,
                                                                      const DbfSchema& schema);
 

@@ -27,4 +27,13 @@ void DbfSchema::setColumns(QVector<DbfFieldDescriptor> descriptors)
         columns.append(DbfColumn(descriptor));
 }
 
+int DbfSchema::indexOf(const QString& name) const
+{
+    for (int i = 0; i < columns.size(); ++i) {
+        if (columns.at(i).descriptor.name.compare(name, Qt::CaseInsensitive) == 0)
+            return i;
+    }
+    return -1;
+}
+
 } // namespace dbf

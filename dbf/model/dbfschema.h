@@ -32,6 +32,10 @@ struct DBFTABLE_EXPORT DbfSchema {
     /// converters set before are dropped. Nothing is validated.
     void setColumns(QVector<DbfFieldDescriptor> descriptors);
 
+    /// Returns the index of the column of that name, the first of several, in any case; -1 if there
+    /// is none.
+    int indexOf(const QString& name) const;
+
     QVector<DbfColumn> columns;  ///< The columns in field order.
     QTextCodec* codec = nullptr; ///< Codec of character data and field names; not owned.
 };

@@ -2,7 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/valuechecker_p.h>
+#include <dbf/encoding/qt5values_p.h>
 #include <dbf/model/dbfvalueproblem.h>
+
+#include <QtCore/QLocale>
+
+#include <cmath>
 
 namespace dbf
 {
@@ -10,18 +15,28 @@ namespace dbf
 namespace
 {
 
+QString textOf(const QVariant& value)
+{
+    constexpr double longestWritten = 1e15;
+    if (value.userType() == qMetaTypeId<QDecNumber>())
+        return value.value<QDecNumber>().toString();
+    if (value.userType() == QMetaType::Double && std::abs(value.toDouble()) < longestWritten)
+        return QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
+    return qt5::toText(value);
+}
+
 QString shown(const QVariant& value)
 {
     constexpr int mostShown = 60;
     if (qt5::isNull(value))
         return QStringLiteral("no value");
     const bool isText = value.userType() == QMetaType::QString;
-    QString text = value.userType() == qMetaTypeId<QDecNumber>()
-                       ? value.value<QDecNumber>().toString()
-                       : qt5::toText(value);
+    QString text = textOf(value);
     if (text.size() > mostShown)
         text = text.left(mostShown) + QStringLiteral("…");
-    return isText ? QLatin1Char('"') + text + QLatin1Char('"') : text;
+    if (isText)
+        text = QLatin1Char('"') + text + QLatin1Char('"');
+    return text;
 }
 
 bool isNumberText(DbfFieldType type)
@@ -33,9 +48,10 @@ QString room(const DbfFieldDescriptor& field)
 {
     if (!isNumberText(field.type))
         return QStringLiteral("is beyond what the field holds");
-    const QString places = QStringLiteral("does not fit %1 places").arg(field.length);
-    return field.decimals == 0 ? places
-                               : places + QStringLiteral(" with %1 decimals").arg(field.decimals);
+    QString places = QStringLiteral("does not fit %1 places").arg(field.length);
+    if (field.decimals != 0)
+        places += QStringLiteral(" with %1 decimals").arg(field.decimals);
+    return places;
 }
 
 QString kindOfValue(DbfFieldType type)
@@ -63,6 +79,8 @@ QString complaint(const DbfValueProblem& problem)
         return QStringLiteral("has characters that the code page lacks");
     case DbfValueProblem::Reason::NotOfType:
         return QStringLiteral("is no ") + kindOfValue(problem.field.type);
+    case DbfValueProblem::Reason::NotWritable:
+        return QStringLiteral("cannot be written");
     case DbfValueProblem::Reason::Changed:
         break;
     }

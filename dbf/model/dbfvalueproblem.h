@@ -25,6 +25,7 @@ struct DBFTABLE_EXPORT DbfValueProblem {
         NotInCodePage, ///< Characters that the codec cannot write.
         NotOfType,     ///< No number, date or truth value where one is due.
         Changed,       ///< Whatever else would read back as another value.
+        NotWritable,   ///< Its column cannot be written, as that of a memo.
     };
 
     /// Returns one sentence for a person: `SUM: 123456789 does not fit 8 places with 2 decimals`.
@@ -42,8 +43,8 @@ struct DBFTABLE_EXPORT DbfValueProblem {
 ///
 /// The columns' current converters are asked. Rounding to the column's decimals is no problem, nor
 /// are trailing spaces, nor another time zone; a value that the record lacks is one only in a
-/// column that makes a date of it. Values beyond the last column are skipped. Lets through what a
-/// caller's converter throws.
+/// column that makes a date of it. Every memo is one, since none is written. Values
+/// beyond the last column are skipped. Lets through what a caller's converter throws.
 DBFTABLE_EXPORT QVector<DbfValueProblem> checkValues(const DbfRecord& record,
                                                      const DbfSchema& schema);
 

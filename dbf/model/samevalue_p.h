@@ -19,13 +19,14 @@ inline bool isSameValue(const QVariant& a, const QVariant& b)
     const int type = a.userType();
     if (type != b.userType())
         return false;
-    if (type == QMetaType::QDateTime)
-        return a.toDateTime().date() == b.toDateTime().date() &&
-               a.toDateTime().time() == b.toDateTime().time();
+    if (type == QMetaType::QDateTime) {
+        const auto* const one = static_cast<const QDateTime*>(a.constData());
+        const auto* const other = static_cast<const QDateTime*>(b.constData());
+        return one->date() == other->date() && one->time() == other->time();
+    }
     if (type == QMetaType::Double || type == QMetaType::Float) {
         const double one = a.toDouble();
-        const double other = b.toDouble();
-        return one == other || (std::isnan(one) && std::isnan(other));
+        return one == b.toDouble() || (std::isnan(one) && std::isnan(b.toDouble()));
     }
     return a == b;
 }

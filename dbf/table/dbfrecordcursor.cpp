@@ -4,7 +4,7 @@
 #include <dbf/format/layout_p.h>
 #include <dbf/format/recordlayout_p.h>
 #include <dbf/table/dbfrecordcursor.h>
-#include <dbf/table/dbftable.h>
+#include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
 #include <algorithm>
@@ -37,7 +37,14 @@ class DbfRecordCursor::Private
 public:
     Private(DbfTable& cursorTable, qint64 first, qint64 count);
 
-    bool next();
+    bool next()
+    {
+        bool moved = step();
+        while (moved && m_skipsDeleted && isDeleted())
+            moved = step();
+        return moved;
+    }
+    void setSkipDeleted(bool skip) { m_skipsDeleted = skip; }
     bool hasRecord() const { return m_current >= 0; }
     bool hasColumn(int column) const
     {
@@ -71,6 +78,7 @@ public:
 private:
     QVariant valueFromCaller(int column);
     QStringView textFromCaller(int column);
+    bool step();
     bool readBlock();
     bool tableHasOtherLayout() const;
 
@@ -89,6 +97,7 @@ private:
     qint64 m_remaining;    // records behind the block that are still to be visited
     bool m_endsWithError;  // once the records in the block are visited
     bool m_failed = false;
+    bool m_skipsDeleted = false;
 };
 
 DbfRecordCursor::Private::Private(DbfTable& cursorTable, qint64 first, qint64 count)
@@ -102,7 +111,7 @@ DbfRecordCursor::Private::Private(DbfTable& cursorTable, qint64 first, qint64 co
 {
 }
 
-bool DbfRecordCursor::Private::next()
+bool DbfRecordCursor::Private::step()
 {
     if (m_failed)
         return false;
@@ -178,7 +187,7 @@ bool DbfRecordCursor::Private::tableHasOtherLayout() const
 bool DbfRecordCursor::Private::fail()
 {
     m_failed = true;
-    return m_table.error(DbfTable::ReadError);
+    return DbfTable::Private::readingFailed(m_table, m_blockStart, 1);
 }
 
 DbfRecord DbfRecordCursor::Private::record()
@@ -207,6 +216,11 @@ DbfRecordCursor::~DbfRecordCursor() = default;
 bool DbfRecordCursor::next()
 {
     return d->next();
+}
+
+void DbfRecordCursor::setSkipDeleted(bool skip)
+{
+    d->setSkipDeleted(skip);
 }
 
 int DbfRecordCursor::index() const

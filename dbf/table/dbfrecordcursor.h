@@ -74,6 +74,41 @@ public:
     /// that is whole on it was visited.
     bool next();
 
+    /// Chooses whether next() passes over the records that are marked deleted, from the next call
+    /// on. Off in a new cursor.
+    void setSkipDeleted(bool skip);
+
+    /// A cursor on its way through a range-based for loop:
+    ///
+    ///     for (const dbf::DbfRecordCursor& record : cursor)
+    ///         sum += record.value(2).toDouble();
+    ///
+    /// It ends where next() does, so hasError() is asked for behind the loop.
+    class Iterator
+    {
+    public:
+        struct End { ///< The end of every cursor.
+        };
+        explicit Iterator(DbfRecordCursor* cursor) : m_cursor(cursor), m_hasRecord(cursor->next())
+        {
+        } ///< Moves \a cursor to its next record.
+        const DbfRecordCursor& operator*() const { return *m_cursor; } ///< The cursor itself.
+        Iterator& operator++()
+        {
+            m_hasRecord = m_cursor->next();
+            return *this;
+        }                                                          ///< Moves it on.
+        bool operator!=(End /*end*/) const { return m_hasRecord; } ///< Whether it moved.
+
+    private:
+        DbfRecordCursor* m_cursor;
+        bool m_hasRecord;
+    };
+
+    /// Moves to the next record, for a range-based for loop over the records that are left.
+    Iterator begin() { return Iterator(this); }
+    Iterator::End end() const { return {}; } ///< Where such a loop ends.
+
     /// Returns the current record's index, -1 before the first next() and after the last.
     int index() const;
 

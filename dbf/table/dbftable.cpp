@@ -103,8 +103,14 @@ int DbfTable::recordCount() const
     return static_cast<int>(qMin(m_descriptor.recordCount, maxCount));
 }
 
+qint64 DbfTable::wholeRecords() const
+{
+    return errortext::wholeRecords(device(), m_descriptor).value_or(0);
+}
+
 void DbfTable::overrideTextCodec(QTextCodec* codec)
 {
+    Private::of(*this).isCodecImposed = codec;
     m_schema.setCodec(codec);
 }
 
@@ -117,6 +123,21 @@ void DbfTable::setFieldConverter(int column, DbfFieldConverter* converter)
 void DbfTable::setConverterChoice(ConverterChoice choice)
 {
     Private::of(*this).converterChoice = std::move(choice);
+}
+
+void DbfTable::setCodecChoice(CodecChoice choice)
+{
+    Private::of(*this).codecChoice = std::move(choice);
+}
+
+void DbfTable::setAcceptedVersions(AcceptedVersions versions)
+{
+    Private::of(*this).acceptedVersions = versions;
+}
+
+DbfTable::AcceptedVersions DbfTable::acceptedVersions() const
+{
+    return d ? d->acceptedVersions : DefaultVersions;
 }
 
 void DbfTable::setCheckingValues(bool checking)
@@ -137,6 +158,64 @@ QVector<DbfValueProblem> DbfTable::valueProblems() const
 bool DbfTable::error(DbfTableError code)
 {
     m_lastError = code;
+    Private::of(*this).errorText.clear();
+    return false;
+}
+
+QString DbfTable::errorString() const
+{
+    if (!hasError())
+        return d ? d->copyErrorText : QString();
+    return d && !d->errorText.isEmpty() ? d->errorText : errortext::ofCode(m_lastError);
+}
+
+void DbfTable::clearError()
+{
+    m_lastError = NoError;
+    Private::of(*this).errorText.clear();
+    Private::of(*this).copyErrorText.clear();
+}
+
+QString DbfTable::Private::unreadable(const DbfTable& table, qint64 first, qint64 count)
+{
+    const qint64 total = table.m_descriptor.recordCount;
+    if (first < 0 || first > total || (first == total && count == 1))
+        return QStringLiteral("There is no record %1 of %2").arg(first + 1).arg(total);
+    if (count < 0)
+        return QStringLiteral("A negative number of records cannot be read");
+    const QString what =
+        errortext::records(first, count, total) + QStringLiteral(" cannot be read");
+    const QIODevice* const device = table.device();
+    const QString obstacle = errortext::obstacle(device, false);
+    if (!obstacle.isEmpty() || (table.d && !table.d->reason.isEmpty()))
+        return errortext::because(what, obstacle.isEmpty() ? table.d->reason : obstacle);
+    const auto whole = errortext::wholeRecords(device, table.m_descriptor);
+    if (whole && *whole < first + count)
+        return errortext::because(what, QStringLiteral("the file ends after %1").arg(*whole));
+    return errortext::because(what, QStringLiteral("the device gives fewer bytes"));
+}
+
+QString DbfTable::Private::unwritable(const DbfTable& table, qint64 first, qint64 count)
+{
+    const qint64 total = table.m_descriptor.recordCount;
+    const QString what =
+        first < total
+            ? errortext::records(first, count, total) + QStringLiteral(" cannot be written")
+            : QStringLiteral("No record can be appended to %1").arg(total);
+    if (table.d && !table.d->reason.isEmpty())
+        return errortext::because(what, table.d->reason);
+    const QString obstacle = errortext::obstacle(table.device(), true);
+    if (!obstacle.isEmpty())
+        return errortext::because(what, obstacle);
+    return errortext::because(what, table.m_lastError == ReadError
+                                        ? QStringLiteral("its place cannot be reached")
+                                        : QStringLiteral("the device takes fewer bytes"));
+}
+
+bool DbfTable::Private::readingFailed(DbfTable& table, qint64 first, qint64 count)
+{
+    table.error(ReadError);
+    of(table).errorText = unreadable(table, first, count);
     return false;
 }
 

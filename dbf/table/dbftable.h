@@ -131,6 +131,12 @@ public:
     /// with those appended since; 2147483647 when there are more.
     int recordCount() const;
 
+    /// Returns how many records the device can hold by its size, those beyond recordCount()
+    /// included, for callers whose tables may lie about their count. 0 where that cannot be told:
+    /// without a device or open table, on a sequential device, and for records without bytes. In
+    /// records of one byte the end marker counts as one.
+    qint64 wholeRecords() const;
+
     /// Imposes \a codec (not owned) on text and names, now and in later open() calls. Null lets the
     /// next open() choose by the header's code page. Reaches the next operation, not one under way;
     /// a cursor is one operation.
@@ -151,10 +157,35 @@ public:
     /// along; a table that was moved from has none.
     void setConverterChoice(ConverterChoice choice);
 
+    /// Chooses a table's codec, which is not owned, by its header.
+    using CodecChoice = std::function<QTextCodec*(const DbfTableDescriptor& table)>;
+
+    /// Lets every later open(), reopen() and refreshing actualize() ask \a choice for the codec of
+    /// text and names, unless overrideTextCodec() imposed one; where it returns null, the codec is
+    /// that of codecByCodePage(). Empty: a codec, once chosen, stays. What it throws passes
+    /// through, the table being as after a failed open(). Moves and swaps take it along.
+    void setCodecChoice(CodecChoice choice);
+
+    /// Which version bytes open() accepts.
+    enum AcceptedVersions : quint8 {
+        DefaultVersions, ///< Those of supportVersion(): 0x02 to 0x07, 0x30 and 0x31.
+        AllVersions, ///< Those of the same layout, too: 0x32, 0x43, 0x63, 0x83, 0x8B, 0xCB, 0xF5,
+                     ///< 0xFB.
+    };
+
+    /// Chooses which tables every later open(), reopen() and refreshing actualize() accepts. With
+    /// AllVersions, tables whose version byte lies are told from others, too: version 0x04 with
+    /// descriptors of 48 bytes, and 0x02 with a header of 8. DefaultVersions in a new table; moves
+    /// and swaps take it along.
+    void setAcceptedVersions(AcceptedVersions versions);
+
+    /// Returns which tables are accepted.
+    AcceptedVersions acceptedVersions() const;
+
     /// Chooses whether updateRecord(), updateValues(), appendRecord() and appendRecords() look at
     /// the values first (see checkValues()) and refuse a record with problems: false is returned,
-    /// nothing recorded, nothing written. updateValues() looks at the fields that it would write
-    /// alone. Off in a new table; moves and swaps take it along.
+    /// nothing recorded, nothing written. updateValues() looks at the values that differ from
+    /// the stored ones alone. Off in a new table; moves and swaps take it along.
     void setCheckingValues(bool checking);
 
     /// Returns whether values are looked at before they are written.
@@ -167,6 +198,14 @@ public:
 
     /// Records \a code in place of any earlier one. Always returns false.
     bool error(DbfTableError code);
+
+    /// Returns, as one sentence for a person, what the recorded code is about: what failed, on
+    /// which record (counted from 1), and what the device said. While no code is recorded, why the
+    /// last copyAndTransform() failed, and empty when it did not fail or was stopped.
+    QString errorString() const;
+
+    /// Forgets code and text, for callers who want to go on.
+    void clearError();
 
     /// @}
     /// @name Opening and refreshing
@@ -197,6 +236,15 @@ public:
 
     /// Reopens the table unless it is actual; true when there was nothing to do.
     bool actualize();
+
+    /// Reads the record count in the header again, and nothing else, without reopening: converters,
+    /// codec and cursors stay. Returns the number of records added since, 0 when there are fewer
+    /// now (recordCount() follows down). A count above wholeRecords(), as while another program is
+    /// writing, takes only the records that are whole; where wholeRecords() is not known it is
+    /// believed. Returns -1 and records ReadError when the count cannot be read or the device is in
+    /// text mode; the count is then as before. A record being written while the count changes is
+    /// refused as after an opening.
+    int refreshRecordCount();
 
     /// @}
     /// @name Reading records
@@ -289,6 +337,10 @@ public:
     /// A socket or pipe is waited for until it has passed everything on; a QProcess gets an end of
     /// input and is left to end by itself, one that has ended before is a WriteError.
     bool create(const DbfSchema& schema);
+
+    /// Does the same and writes \a codePage as the code page byte. While the schema's codec is
+    /// null, names are written in the codecByLanguageDriver() of that byte.
+    bool create(const DbfSchema& schema, DbfCodePage codePage);
 
     /// Writes a copy of the whole table, its columns changed by \a transform, onto \a device (not
     /// owned, closed when the call begins): opens it write-only, writes in sequence without a seek,
@@ -402,6 +454,24 @@ public:
     /// code page byte) stands for, 0 for ids without one. QTextCodec::codecForMib finds its codec.
     static int languageIdToMIB(int id);
 
+    /// Returns the codec (not owned) that other programs mean by the language driver id \a id (a
+    /// header's code page byte): that of languageIdToMIB() but for 0x1D (DOS 850), 0x65 (DOS
+    /// Cyrillic), 0x6A and 0x86 (DOS Greek, code page 737), 0x7D, 0x7E and 0xCC (Windows 1255, 1256
+    /// and 1257), 0x96 to 0x98 (Macintosh Cyrillic, Central European, Greek). Null for 0x68, 0x69,
+    /// ids outside 0 to 255 and all others without a codec.
+    static QTextCodec* codecByLanguageDriver(int id);
+
+    /// Returns the codec (not owned) that \a label names in one of the spellings of `.cpg` files
+    /// and settings: `1251`, `CP1251`, `windows-1251`, `ANSI 1251`, `OEM 866`, `88591`, `ISO
+    /// 8859-1`, `UTF-8`, `65001`, `Big5`, `ANSI936`, in any case, with spaces, byte order mark and
+    /// line ends. Null for every other.
+    static QTextCodec* codecByLabel(const QByteArray& label);
+
+    /// Returns the byte by which other programs know \a codec (0x65 for DOS Cyrillic, 0x03 for
+    /// Windows 1252): the one whose codecByLanguageDriver() it is. NotSet when no byte means it.
+    /// Sets \a ok, unless it is null, to whether one does.
+    static DbfCodePage languageDriverByCodec(QTextCodec* codec, bool* ok = nullptr);
+
     /// @}
     /// @name Record images
     /// @{
@@ -474,6 +544,7 @@ public:
 
 private:
     class Private;
+    friend class DbfRecordCursor;
 
     std::unique_ptr<QIODevice, void (*)(QIODevice*)> m_device;
     DbfTableDescriptor m_descriptor;

@@ -7,6 +7,8 @@
 #include <dbf/format/recordlayout_p.h>
 #include <dbf/model/dbfvalueproblem.h>
 #include <dbf/table/dbftable.h>
+#include <dbf/table/deviceprimitives_p.h>
+#include <dbf/table/errortext_p.h>
 
 #include <memory>
 #include <optional>
@@ -30,14 +32,43 @@ public:
 
     /// Runs \a operation and turns the code that it throws, if any, into the recorded one. Returns
     /// whether it threw none.
-    template <typename Operation>
-    static bool recordingErrors(DbfTable& table, Operation operation)
+    template <typename Operation, typename Describe>
+    static bool recordingErrors(DbfTable& table, Operation operation, Describe describe)
     {
+        of(table).reason.clear();
         try {
             operation();
             return true;
         } catch (DbfTableError code) {
-            return table.error(code);
+            table.error(code);
+            of(table).errorText = describe(code);
+            return false;
+        }
+    }
+
+    /// Says why records from \a first on could not be read or written.
+    static QString unreadable(const DbfTable& table, qint64 first, qint64 count);
+    static QString unwritable(const DbfTable& table, qint64 first, qint64 count);
+
+    /// Records that \a count records from \a first on could not be read. Always returns false.
+    static bool readingFailed(DbfTable& table, qint64 first, qint64 count);
+
+    /// Throws WriteError, with its reason, when \a image is no whole record.
+    static void requireWholeImage(DbfTable& table, const QByteArray& image);
+
+    /// Runs \a operation, which writes to the table's device and flushes it. When the device fails
+    /// at that, nothing is left behind for it to write later.
+    template <typename Operation>
+    static void writingWhole(DbfTable& table, Operation operation)
+    {
+        try {
+            operation();
+        } catch (...) {
+            Private& kept = of(table);
+            if (kept.reason.isEmpty())
+                kept.reason = errortext::ofFailedWrite(table.device());
+            dropGatheredWrites(table.device());
+            throw;
         }
     }
 
@@ -54,13 +85,31 @@ public:
         of(table).keptLayout = std::move(layout);
     }
 
+    /// Says why a table, of whose header \a header was read, could not be opened.
+    static QString unopenable(const DbfTable& table, const DbfTableDescriptor& header,
+                              DbfTableError code);
+
+    /// Throws UnsupportedVersionError when \a header is of no table that is accepted. \a fields are
+    /// what stands behind it, null before it was read.
+    static void requireAccepted(const DbfTable& table, const DbfTableDescriptor& header,
+                                const QByteArray& fields);
+
+    /// Returns the codec of a table that is being opened.
+    static QTextCodec* chooseCodec(DbfTable& table, const DbfTableDescriptor& header);
+
     /// Gives the columns of \a schema the converters that the caller chose.
     static void chooseConverters(DbfTable& table, const DbfTableDescriptor& header,
                                  DbfSchema& schema);
 
     template <typename Operation>
-    static bool writingChecked(DbfTable& table, const QVector<DbfRecord>& records,
+    static bool writingChecked(DbfTable& table, const QVector<DbfRecord>& records, qint64 first,
                                Operation operation);
+
+    /// Throws WriteError for that reason.
+    [[noreturn]] static void refuse(DbfTable& table, const QString& reason);
+
+    /// Records OpenError with what the device says. Always returns false.
+    static bool openingFailed(DbfTable& table);
 
     /// Forgets the problems of the last write and, when values are checked, collects those of
     /// \a records. Returns whether there are any. Throws WriteError when a converter opened the
@@ -92,15 +141,24 @@ public:
     /// Whether a copy of \a table onto \a target can begin.
     static bool canCopy(const DbfTable& table, const QIODevice* target);
 
+    /// Says why it cannot.
+    static QString whyNoCopy(const DbfTable& table, const QIODevice* target);
+
     ConverterChoice converterChoice;
+    CodecChoice codecChoice;
+    AcceptedVersions acceptedVersions = DefaultVersions;
+    bool isCodecImposed = false;
+    QString errorText;     ///< Of the recorded code.
+    QString copyErrorText; ///< Of the last copy, which records no code.
+    QString reason; ///< Why the operation under way fails, where it says more than the device.
     bool isCheckingValues = false;
     QVector<DbfValueProblem> valueProblems;
     std::unique_ptr<RecordLayout> keptLayout;
-    quint64 openings = 0;      ///< Successful ones.
-    quint64 changes = 0;       ///< How often a header was read or the table closed.
-    quint64 appends = 0;       ///< How often records were written behind the last one.
-    quint64 updates = 0;       ///< How often bytes of a record were written over others.
-    std::optional<qint64> end; ///< Of the file, in bytes, once the first write has asked for it.
+    quint64 openings = 0;          ///< Successful ones.
+    quint64 changes = 0;           ///< How often a header was read or the table closed.
+    quint64 appends = 0;           ///< How often records were written behind the last one.
+    quint64 updates = 0;           ///< How often bytes of a record were written over others.
+    std::optional<qint64> fileEnd; ///< In bytes, once the first write has asked for it.
     std::optional<qint64> missingEndMarker; ///< Where it was overwritten and must stand again.
 };
 

@@ -107,6 +107,24 @@ int DbfTable::languageIdToMIB(int id)
     return mibForLanguageDriver(id);
 }
 
+QTextCodec* DbfTable::codecByLanguageDriver(int id)
+{
+    return codecForLanguageDriver(id);
+}
+
+QTextCodec* DbfTable::codecByLabel(const QByteArray& label)
+{
+    return codecForLabel(label);
+}
+
+DbfCodePage DbfTable::languageDriverByCodec(QTextCodec* codec, bool* ok)
+{
+    const std::optional<quint8> id = languageDriverForCodec(codec);
+    if (ok)
+        *ok = id.has_value();
+    return static_cast<DbfCodePage>(id.value_or(0));
+}
+
 DbfRecord DbfTable::parseRecord(const QByteArray& image, int index, const DbfSchema& schema)
 {
     return RecordLayout(schema).parse(viewOf(image), index);

@@ -45,7 +45,7 @@ public:
     void requireSameTable() const
     {
         if (of(*m_table).changes != m_changes)
-            throw WriteError;
+            refuse(*m_table, QStringLiteral("the table was opened anew or closed meanwhile"));
         requireExactWrites(m_table->device());
     }
 
@@ -67,14 +67,17 @@ private:
 /// either throws. Returns whether they were written.
 template <typename Operation>
 bool DbfTable::Private::writingChecked(DbfTable& table, const QVector<DbfRecord>& records,
-                                       Operation operation)
+                                       qint64 first, Operation operation)
 {
     bool isRefused = false;
-    const bool written = recordingErrors(table, [&] {
-        isRefused = hasProblems(table, records);
-        if (!isRefused)
-            operation();
-    });
+    const bool written = recordingErrors(
+        table,
+        [&] {
+            isRefused = hasProblems(table, records);
+            if (!isRefused)
+                operation();
+        },
+        [&](DbfTableError) { return unwritable(table, first, records.size()); });
     return written && !isRefused;
 }
 
@@ -83,7 +86,7 @@ bool DbfTable::updateRecord(const DbfRecord& record)
     const int index = record.index();
     if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
         return false;
-    return Private::writingChecked(*this, {record}, [this, index, record] {
+    return Private::writingChecked(*this, {record}, index, [this, index, record] {
         requireExactWrites(device());
         Private::seekSlot(*this, index);
         Private::usingLayout(*this, [&](RecordLayout& layout) {
@@ -92,6 +95,7 @@ bool DbfTable::updateRecord(const DbfRecord& record)
             standing.requireSameTable();
             if (standing.hasMoved())
                 Private::seekSlot(*this, index);
+            Private::requireWholeImage(*this, image);
             Private::overwrite(*this, image, m_descriptor.recordLength);
         });
     });
@@ -135,10 +139,10 @@ private:
         const QVariant old = layout.value(before, column);
         if (isSameValue(old, value))
             return;
+        if (m_checker && !isWritable(value, layout.column(column)))
+            return m_problems.append(*m_checker->problemOf(value, column, 0));
         QByteArray bytes;
         layout.appendValue(value, column, bytes);
-        if (viewOf(bytes) == before)
-            return;
         if (old.userType() == value.userType() && old.userType() >= QMetaType::User) {
             QByteArray oldBytes;
             layout.appendValue(old, column, oldBytes);
@@ -149,6 +153,8 @@ private:
             if (const auto problem = m_checker->problemOf(value, column, 0))
                 return m_problems.append(*problem);
         }
+        if (viewOf(bytes) == before)
+            return;
         if (static_cast<size_t>(bytes.size()) != before.size() ||
             bytes.size() != layout.column(column).descriptor.length)
             throw WriteError;
@@ -167,30 +173,36 @@ bool DbfTable::updateValues(const DbfRecord& record)
     if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
         return false;
     Private::of(*this).valueProblems.clear();
-    const bool written = Private::recordingErrors(*this, [this, index, record] {
-        requireExactWrites(device());
-        QByteArray image = readRecordData(device(), index, m_descriptor);
-        Private::usingLayout(*this, [&](RecordLayout& layout) {
-            const Private::Standing standing(*this);
-            const quint64 updates = Private::of(*this).updates;
-            std::optional<ValueChecker> checker;
-            if (isCheckingValues())
-                checker.emplace(m_schema);
-            const Private::ChangedFields changes(layout, record, image,
-                                                 checker ? &*checker : nullptr);
-            standing.requireSameTable();
-            Private::of(*this).valueProblems = changes.problems();
-            if (!changes.problems().isEmpty())
-                return;
-            if (updates != Private::of(*this).updates)
-                image = readRecordData(device(), index, m_descriptor);
-            const QByteArray changed = changes.appliedTo(image);
-            if (changed == image)
-                return;
-            Private::seekSlot(*this, index);
-            Private::overwrite(*this, changed, saturated(changed.size()));
+    const bool written = Private::recordingErrors(
+        *this,
+        [this, index, record] {
+            requireExactWrites(device());
+            QByteArray image = readRecordData(device(), index, m_descriptor);
+            Private::usingLayout(*this, [&](RecordLayout& layout) {
+                const Private::Standing standing(*this);
+                const quint64 updates = Private::of(*this).updates;
+                std::optional<ValueChecker> checker;
+                if (isCheckingValues())
+                    checker.emplace(m_schema);
+                const Private::ChangedFields changes(layout, record, image,
+                                                     checker ? &*checker : nullptr);
+                standing.requireSameTable();
+                Private::of(*this).valueProblems = changes.problems();
+                if (!changes.problems().isEmpty())
+                    return;
+                if (updates != Private::of(*this).updates)
+                    image = readRecordData(device(), index, m_descriptor);
+                const QByteArray changed = changes.appliedTo(image);
+                if (changed == image)
+                    return;
+                Private::seekSlot(*this, index);
+                Private::overwrite(*this, changed, saturated(changed.size()));
+            });
+        },
+        [&](DbfTableError code) {
+            return code == ReadError ? Private::unreadable(*this, index, 1)
+                                     : Private::unwritable(*this, index, 1);
         });
-    });
     return written && valueProblems().isEmpty();
 }
 
@@ -198,18 +210,21 @@ bool DbfTable::setRecordDeleted(int index, bool deleted)
 {
     if (index < 0 || static_cast<quint32>(index) >= m_descriptor.recordCount)
         return false;
-    return Private::recordingErrors(*this, [this, index, deleted] {
-        requireExactWrites(device());
-        Private::seekSlot(*this, index);
-        const char flag = deleted ? layout::deletedFlag : layout::liveFlag;
-        Private::overwrite(*this, QByteArray(layout::deletionFlagSize, flag),
-                           layout::deletionFlagSize);
-    });
+    return Private::recordingErrors(
+        *this,
+        [this, index, deleted] {
+            requireExactWrites(device());
+            Private::seekSlot(*this, index);
+            const char flag = deleted ? layout::deletedFlag : layout::liveFlag;
+            Private::overwrite(*this, QByteArray(layout::deletionFlagSize, flag),
+                               layout::deletionFlagSize);
+        },
+        [&](DbfTableError) { return Private::unwritable(*this, index, 1); });
 }
 
 bool DbfTable::appendRecord(const DbfRecord& record)
 {
-    return Private::writingChecked(*this, {record}, [this, record] {
+    return Private::writingChecked(*this, {record}, m_descriptor.recordCount, [this, record] {
         Private::seekSlotForAppending(*this, 1);
         Private::usingLayout(*this, [&](RecordLayout& layout) {
             const Private::Standing standing(*this);
@@ -217,7 +232,8 @@ bool DbfTable::appendRecord(const DbfRecord& record)
             standing.requireSameTable();
             if (standing.hasMoved())
                 Private::seekSlotForAppending(*this, 1);
-            writingWhole(device(), [&] {
+            Private::requireWholeImage(*this, image);
+            Private::writingWhole(*this, [&] {
                 ++Private::of(*this).appends;
                 writeData(device(), image, m_descriptor.recordLength);
                 Private::finishAppending(*this, 1);
@@ -230,10 +246,10 @@ bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
 {
     if (records.isEmpty())
         return true;
-    return Private::writingChecked(*this, records, [this, records] {
+    return Private::writingChecked(*this, records, m_descriptor.recordCount, [this, records] {
         Private::seekSlotForAppending(*this, records.size());
         try {
-            writingWhole(device(), [&] {
+            Private::writingWhole(*this, [&] {
                 Private::writeImages(*this, records);
                 Private::finishAppending(*this, records.size());
             });
@@ -246,15 +262,27 @@ bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
 
 bool DbfTable::create(const DbfSchema& schema)
 {
+    return create(schema, codePageByCodec(schema.codec));
+}
+
+bool DbfTable::create(const DbfSchema& schema, DbfCodePage codePage)
+{
     if (!m_device || !m_device->open(QIODevice::WriteOnly))
-        return error(OpenError);
+        return Private::openingFailed(*this);
+    DbfSchema named = schema;
+    if (!named.codec)
+        named.codec = codecByLanguageDriver(static_cast<quint8>(codePage));
     NewTableDevice target(device());
-    return Private::recordingErrors(*this, [&] {
-        const DbfTableDescriptor header =
-            emptyTableDescriptor(codePageByCodec(schema.codec), schema);
-        target.start(serializeTableDescriptor(header), serializeSchema(schema), {});
-        target.finish();
-    });
+    return Private::recordingErrors(
+        *this,
+        [&] {
+            const DbfTableDescriptor header = emptyTableDescriptor(codePage, schema);
+            target.start(serializeTableDescriptor(header), serializeSchema(named), {});
+            target.finish();
+        },
+        [&](DbfTableError code) {
+            return errortext::because(errortext::ofCode(code), errortext::obstacle(device(), true));
+        });
 }
 
 bool DbfTable::Private::hasProblems(DbfTable& table, const QVector<DbfRecord>& records)
@@ -273,15 +301,27 @@ bool DbfTable::Private::hasProblems(DbfTable& table, const QVector<DbfRecord>& r
         problems += found;
     }
     if (of(table).changes != changes)
-        throw WriteError;
+        refuse(table, QStringLiteral("the table was opened anew or closed meanwhile"));
     of(table).valueProblems = problems;
     return bad > 0;
+}
+
+void DbfTable::Private::refuse(DbfTable& table, const QString& reason)
+{
+    of(table).reason = reason;
+    throw WriteError;
+}
+
+void DbfTable::Private::requireWholeImage(DbfTable& table, const QByteArray& image)
+{
+    if (image.size() < table.m_descriptor.recordLength)
+        refuse(table, QStringLiteral("its converters give fewer bytes than a record has"));
 }
 
 void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int size)
 {
     ++of(table).updates;
-    writingWhole(table.device(), [&] {
+    writingWhole(table, [&] {
         writeData(table.device(), bytes, size);
         flushWrites(table.device());
     });
@@ -289,11 +329,13 @@ void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int 
 
 void DbfTable::Private::seekSlot(DbfTable& table, int index)
 {
-    std::optional<qint64>& end = of(table).end;
+    std::optional<qint64>& end = of(table).fileEnd;
     if (!end)
         end = endOfFile(table.device());
-    if (recordOffset(index, table.m_descriptor) > *end)
+    if (recordOffset(index, table.m_descriptor) > *end) {
+        of(table).reason = QStringLiteral("the file ends before its place");
         throw ReadError;
+    }
     seekRecord(table.device(), index, table.m_descriptor, 0);
 }
 
@@ -325,7 +367,7 @@ public:
         const ContainerSize start = m_block.size();
         layout.append(record, m_block);
         if (m_block.size() - start < m_recordLength)
-            throw WriteError;
+            refuse(m_table, QStringLiteral("its converters give fewer bytes than a record has"));
         m_block.resize(start + m_recordLength);
         if (m_block.size() >= appendBlockSize)
             writeBlock();
@@ -354,7 +396,7 @@ private:
         if (m_written == 0)
             return seekSlotForAppending(m_table, m_count);
         if (m_standing.hasAppended())
-            throw WriteError;
+            refuse(m_table, QStringLiteral("other records were appended meanwhile"));
         if (!seekTo(m_table.device(), endOfRecords(m_table.m_descriptor) + m_written))
             throw ReadError;
     }
@@ -387,7 +429,7 @@ void DbfTable::Private::finishAppending(DbfTable& table, qint64 count)
     kept.missingEndMarker.reset();
     DbfTableDescriptor& header = table.m_descriptor;
     header.recordCount += static_cast<quint32>(count);
-    kept.end = std::max(*kept.end, endOfRecords(header) + layout::endMarkerSize);
+    kept.fileEnd = std::max(*kept.fileEnd, endOfRecords(header) + layout::endMarkerSize);
     updateRecordCount(device, header.recordCount);
     try {
         flushWrites(device);
@@ -402,7 +444,7 @@ void DbfTable::Private::restoreEndMarker(DbfTable& table)
     if (!position || !seekTo(table.device(), *position))
         return;
     try {
-        writingWhole(table.device(), [&] {
+        writingWhole(table, [&] {
             writeEndMarker(table.device());
             flushWrites(table.device());
         });

@@ -91,17 +91,6 @@ QByteArray readInBlocks(QIODevice* device, int length)
     return data;
 }
 
-// Goes away and comes back through QIODevice itself, which drops its buffer for every place outside
-// of it, and calls neither the file, which stands where it stood, nor a caller's class of it.
-void dropReadAhead(QIODevice* device)
-{
-    if (!asFileDevice(device))
-        return;
-    const qint64 position = device->pos();
-    device->QIODevice::seek(std::numeric_limits<qint64>::max());
-    device->QIODevice::seek(position);
-}
-
 // A program that has ended cannot have taken in all that it was given: the end of its input was
 // still to come.
 void requireRunning(QIODevice* device)
@@ -141,6 +130,27 @@ void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& desc
     requireExactReads(device);
     primitives::seekRecord(device, index, descriptor, 0);
     dropReadAhead(device);
+}
+
+quint32 readRecordCount(QIODevice* device)
+{
+    requireExactReads(device);
+    if (!seekTo(device, layout::recordCountOffset))
+        throw DbfTable::ReadError;
+    dropReadAhead(device);
+    const QByteArray bytes = primitives::readData(device, layout::recordCountSize);
+    return qFromLittleEndian<quint32>(bytes.constData());
+}
+
+// Goes away and comes back through QIODevice itself, which drops its buffer for every place outside
+// of it, and calls neither the file, which stands where it stood, nor a caller's class of it.
+void dropReadAhead(QIODevice* device)
+{
+    if (!asFileDevice(device))
+        return;
+    const qint64 position = device->pos();
+    device->QIODevice::seek(std::numeric_limits<qint64>::max());
+    device->QIODevice::seek(position);
 }
 
 void requirePlausibleCount(const QIODevice* device, qint64 count,

@@ -42,6 +42,12 @@ bool seekTo(QIODevice* device, qint64 position);
 /// text mode, too.
 void seekForReading(QIODevice* device, int index, const DbfTableDescriptor& descriptor);
 
+/// Returns the record count in the header on \a device, as it is at that moment. Throws ReadError.
+quint32 readRecordCount(QIODevice* device);
+
+/// Lets the next read of a file see it as it is then, not as it was when Qt read ahead.
+void dropReadAhead(QIODevice* device);
+
 /// Throws ReadError when records have no bytes at all and \a count of them is more than \a device
 /// has bytes: nothing on the device then bounds how many a header can make a caller ask for.
 void requirePlausibleCount(const QIODevice* device, qint64 count,
@@ -71,11 +77,6 @@ void flushWrites(QIODevice* device);
 /// Waits until a socket or process has passed on all that was written to it, so that its buffer
 /// neither grows by the table's size nor is dropped with it. Throws WriteError.
 void drainWrites(QIODevice* device);
-
-/// Runs \a operation, which writes to \a device and flushes it. When the device fails at that,
-/// nothing is left behind for it to write later.
-template <typename Operation>
-void writingWhole(QIODevice* device, Operation operation);
 
 /// Rids a QFileDevice of what it has gathered and could not write. It would otherwise write that
 /// later, at whatever position it then stands. Only closing does it, which tries once more at the
@@ -108,17 +109,6 @@ private:
     QIODevice* m_device;
     bool m_finished = false;
 };
-
-template <typename Operation>
-void writingWhole(QIODevice* device, Operation operation)
-{
-    try {
-        operation();
-    } catch (...) {
-        dropGatheredWrites(device);
-        throw;
-    }
-}
 
 } // namespace dbf
 

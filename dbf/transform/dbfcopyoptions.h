@@ -33,6 +33,11 @@ struct DbfCopyOptions {
 
     /// The code page byte of the new header; that of the source when unset.
     std::optional<DbfCodePage> codePage;
+
+    /// Looks at every value that is converted, and stops the copy before the first record of which
+    /// one would not mean the same in its new column: DbfTable::valueProblems() tells which, by the
+    /// record's index in the source. New columns and records that are left out are not looked at.
+    bool checkValues = false;
 };
 
 } // namespace dbf

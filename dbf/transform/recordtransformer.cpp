@@ -92,8 +92,7 @@ void RecordTransformer::append(std::string_view image, QByteArray& target)
 
 void RecordTransformer::perform(const Step& step, std::string_view image, QByteArray& target)
 {
-    const auto start = std::min(static_cast<size_t>(step.offset), image.size());
-    const std::string_view bytes = image.substr(start, static_cast<size_t>(step.length));
+    const std::string_view bytes = slice(step, image);
     switch (step.action) {
     case Action::CopyBytes:
         target.append(bytes.data(), static_cast<int>(bytes.size()));
@@ -133,6 +132,36 @@ void RecordTransformer::convert(const Step& step, std::string_view bytes, QByteA
     QVariant value = m_source.value(bytes, step.sourceColumn);
     converterOf(m_target.column(step.targetColumn))->convertVariant(value);
     m_target.appendValue(value, step.targetColumn, target);
+}
+
+std::string_view RecordTransformer::slice(const Step& step, std::string_view image)
+{
+    const auto start = std::min(static_cast<size_t>(step.offset), image.size());
+    return image.substr(start, static_cast<size_t>(step.length));
+}
+
+QVector<DbfValueProblem> RecordTransformer::problemsOf(std::string_view image, int index,
+                                                       const ValueChecker& checker)
+{
+    QVector<DbfValueProblem> problems;
+    for (const Step& step : m_steps) {
+        switch (step.action) {
+        case Action::RecodeText:
+        case Action::NumberText:
+        case Action::Convert: {
+            const QVariant value = m_source.value(slice(step, image), step.sourceColumn);
+            if (const auto problem = checker.problemOf(value, step.targetColumn, index))
+                problems.append(*problem);
+            break;
+        }
+        case Action::CopyBytes:
+        case Action::WriteBlank:
+        case Action::AskForBlank:
+        case Action::RefuseMapping:
+            break;
+        }
+    }
+    return problems;
 }
 
 QByteArray DbfTable::transformRecord(const QByteArray& record, const DbfSchema& sourceSchema,

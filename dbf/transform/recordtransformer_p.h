@@ -4,6 +4,7 @@
 #ifndef DBF_TRANSFORM_RECORDTRANSFORMER_P_H
 #define DBF_TRANSFORM_RECORDTRANSFORMER_P_H
 
+#include <dbf/converters/valuechecker_p.h>
 #include <dbf/format/recordlayout_p.h>
 #include <dbf/transform/dbfschematransform.h>
 
@@ -26,6 +27,11 @@ public:
     /// Appends \a image rewritten for the target. Throws std::out_of_range at the first column
     /// without a valid source.
     void append(std::string_view image, QByteArray& target);
+
+    /// Returns the values of \a image, record \a index of the source, that would not mean the same
+    /// in their new columns, which \a checker knows.
+    QVector<DbfValueProblem> problemsOf(std::string_view image, int index,
+                                        const ValueChecker& checker);
 
 private:
     enum class Action : quint8 {
@@ -52,6 +58,7 @@ private:
     void addStep(Step step);
     void perform(const Step& step, std::string_view image, QByteArray& target);
     void convert(const Step& step, std::string_view bytes, QByteArray& target);
+    static std::string_view slice(const Step& step, std::string_view image);
 
     RecordLayout m_source;
     RecordLayout m_target;

@@ -4,6 +4,7 @@
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/metadata_p.h>
+#include <dbf/format/tableheader_p.h>
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>
@@ -34,6 +35,7 @@ public:
         , m_transform(transform)
         , m_options(options)
         , m_transformer(m_sourceSchema, m_transform)
+        , m_checker(m_transform.schema)
         , m_count(static_cast<int>(m_source.recordCount))
         , m_kept(m_source.recordCount)
     {
@@ -42,14 +44,19 @@ public:
     /// Counts the records to keep, where not all are. Returns false when progress stops it.
     bool count();
 
+    /// Says why the copy failed with \a code.
+    QString whyFailed(DbfTableError code) const;
+
     /// Writes the whole copy onto \a target. Returns false when progress stops it.
     bool run(QIODevice* target);
 
 private:
     void requireSameTable() const;
     void writeStart(NewTableDevice& device);
-    QByteArray readBatch(int first, int count) const;
-    void copyBatch(const QByteArray& images, QIODevice* target);
+    bool copyRecords(QIODevice* target);
+    QByteArray readBatch(int first, int count);
+    void copyBatch(const QByteArray& images, int first, QIODevice* target);
+    void requireKeptValues(std::string_view image, int index);
     bool isKept(const char* image) const
     {
         return !m_options.skipDeleted || *image != layout::deletedFlag;
@@ -63,9 +70,14 @@ private:
     const DbfSchemaTransform m_transform;
     const DbfCopyOptions m_options;
     RecordTransformer m_transformer;
+    const ValueChecker m_checker;
     const int m_count;
     quint32 m_kept; // records of the copy
     quint32 m_written = 0;
+    int m_batchStart = 0; // of the last batch read
+    int m_batchSize = 0;
+    bool m_isComplete = false;
+    QString m_targetText; // what the target said before it was given up
     QByteArray m_image;
     int m_targetRecordLength = 0;
 };
@@ -90,28 +102,41 @@ bool DbfTable::Private::Copy::count()
 bool DbfTable::Private::Copy::run(QIODevice* target)
 {
     NewTableDevice device(target);
-    writeStart(device);
+    try {
+        writeStart(device);
+        if (!copyRecords(target))
+            return false;
+        requireSameTable();
+        m_isComplete = true;
+        if (m_written != m_kept)
+            throw WriteError;
+        device.finish();
+        return true;
+    } catch (DbfTableError) {
+        m_targetText = errortext::ofFailedWrite(target);
+        throw;
+    }
+}
+
+bool DbfTable::Private::Copy::copyRecords(QIODevice* target)
+{
     const int batchSize = maxBatchSize / m_source.recordLength;
     int done = 0;
     do { // A table without records is one batch of none.
         const int batch = std::min(batchSize, m_count - done);
         if (batch > 0)
-            copyBatch(readBatch(done, batch), target);
+            copyBatch(readBatch(done, batch), done, target);
         done += batch;
         if (!goesOn(done))
             return false;
     } while (done < m_count);
-    requireSameTable();
-    if (m_written != m_kept)
-        throw WriteError;
-    device.finish();
     return true;
 }
 
 void DbfTable::Private::Copy::writeStart(NewTableDevice& device)
 {
     const DbfSchema& schema = m_transform.schema;
-    DbfTableDescriptor descriptor = transformDescriptor(m_source, schema);
+    DbfTableDescriptor descriptor = format::copiedDescriptor(m_source, schema);
     descriptor.recordCount = m_kept;
     descriptor.codePage = m_options.codePage.value_or(m_source.codePage);
     m_targetRecordLength = descriptor.recordLength;
@@ -119,7 +144,7 @@ void DbfTable::Private::Copy::writeStart(NewTableDevice& device)
 
     QByteArray header = serializeTableDescriptor(descriptor);
     QByteArray fields = serializeSchema(schema);
-    QByteArray backLink(hasDbc(descriptor) ? layout::backLinkSize : 0, '\0');
+    QByteArray backLink(format::backLinkLength(descriptor), '\0');
     if (m_options.keepMetadata) {
         if (!seekTo(m_table.device(), 0))
             throw ReadError;
@@ -139,25 +164,39 @@ void DbfTable::Private::Copy::requireSameTable() const
         throw ReadError;
 }
 
-QByteArray DbfTable::Private::Copy::readBatch(int first, int count) const
+QByteArray DbfTable::Private::Copy::readBatch(int first, int count)
 {
     requireSameTable();
+    m_batchStart = first;
+    m_batchSize = count;
     return readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
 }
 
-void DbfTable::Private::Copy::copyBatch(const QByteArray& images, QIODevice* target)
+void DbfTable::Private::Copy::copyBatch(const QByteArray& images, int first, QIODevice* target)
 {
     const int recordLength = m_source.recordLength;
     const char* const end = images.constData() + images.size();
+    int index = first - 1;
     for (const char* record = images.constData(); record < end; record += recordLength) {
+        ++index;
         if (!isKept(record))
             continue;
+        const std::string_view image(record, static_cast<size_t>(recordLength));
+        if (m_options.checkValues)
+            requireKeptValues(image, index);
         m_image.resize(0);
-        m_transformer.append({record, static_cast<size_t>(recordLength)}, m_image);
+        m_transformer.append(image, m_image);
         writeData(target, m_image, m_targetRecordLength);
         ++m_written;
     }
     drainWrites(target);
+}
+
+void DbfTable::Private::Copy::requireKeptValues(std::string_view image, int index)
+{
+    of(m_table).valueProblems = m_transformer.problemsOf(image, index, m_checker);
+    if (!of(m_table).valueProblems.isEmpty())
+        throw WriteError;
 }
 
 bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
@@ -166,6 +205,35 @@ bool DbfTable::Private::canCopy(const DbfTable& table, const QIODevice* target)
     return table.m_opened && table.m_device && target && header.recordLength > 0 &&
            header.recordCount <= static_cast<quint32>(layout::maxRecordIndex) &&
            !table.m_device->isTextModeEnabled() && !wouldOverwrite(target, table.device());
+}
+
+QString DbfTable::Private::whyNoCopy(const DbfTable& table, const QIODevice* target)
+{
+    if (!table.m_opened)
+        return QStringLiteral("it is not open");
+    if (!target)
+        return QStringLiteral("there is no target");
+    if (wouldOverwrite(target, table.device()))
+        return QStringLiteral("the target is the table's own file");
+    return errortext::obstacle(table.device(), false);
+}
+
+QString DbfTable::Private::Copy::whyFailed(DbfTableError code) const
+{
+    if (of(m_table).openings != m_opening)
+        return QStringLiteral("it was opened anew meanwhile");
+    if (!of(m_table).valueProblems.isEmpty()) {
+        const DbfValueProblem& problem = of(m_table).valueProblems.first();
+        return errortext::records(problem.record, 1, m_count) + QStringLiteral(", ") +
+               problem.text();
+    }
+    if (code == HeaderTooLongError)
+        return errortext::ofCode(code);
+    if (code == ReadError)
+        return unreadable(m_table, m_batchStart, m_batchSize);
+    if (m_isComplete && m_written != m_kept)
+        return QStringLiteral("records were marked deleted or taken back meanwhile");
+    return m_targetText;
 }
 
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform)
@@ -185,13 +253,25 @@ bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& tra
 bool DbfTable::copyAndTransform(QIODevice* device, const DbfSchemaTransform& transform,
                                 const DbfCopyOptions& options)
 {
-    if (!Private::canCopy(*this, device))
+    Private::of(*this).valueProblems.clear();
+    Private::of(*this).copyErrorText.clear();
+    Private::of(*this).reason.clear();
+    const auto fails = [&](const QString& reason) {
+        Private::of(*this).copyErrorText =
+            errortext::because(QStringLiteral("The table cannot be copied"), reason);
         return false;
+    };
+    if (!Private::canCopy(*this, device))
+        return fails(Private::whyNoCopy(*this, device));
     Private::Copy copy(*this, transform, options);
     try {
-        return copy.count() && device->open(QIODevice::WriteOnly) && copy.run(device);
-    } catch (DbfTableError) {
-        return false;
+        if (!copy.count())
+            return false;
+        if (!device->open(QIODevice::WriteOnly))
+            return fails(errortext::ofDevice(device));
+        return copy.run(device);
+    } catch (DbfTableError code) {
+        return fails(copy.whyFailed(code));
     }
 }
 

@@ -98,13 +98,12 @@ QString freeName(const DbfSchema& schema)
 void widenColumn(DbfSchemaTransform& transform, QTextStream& out)
 {
     for (int i = 0; i < transform.schema.columns.size(); ++i) {
-        DbfFieldDescriptor field = transform.schema.columns.at(i).descriptor;
+        const DbfFieldDescriptor field = transform.schema.columns.at(i).descriptor;
         if (field.type != DbfFieldType::Character || field.length == longestField)
             continue;
         const int length = qMin(field.length + widenBy, longestField);
         out << "  widen " << field.name << " from " << field.length << " to " << length << '\n';
-        field.length = static_cast<unsigned char>(length);
-        transform.updateColumn(i, field);
+        transform.resizeColumn(i, length, field.decimals);
         return;
     }
     out << "  widen nothing: there is no text column with room for more\n";
@@ -127,11 +126,11 @@ void insertColumn(DbfSchemaTransform& transform, QTextStream& out)
     const int position = transform.schema.columns.isEmpty() ? 0 : 1;
     const auto field = DbfFieldDescriptor::stringField(freeName(transform.schema), 20);
     out << "  insert " << field.name << " as column " << position + 1 << '\n';
-    transform.insertNewColumn(position, field);
+    transform.insertNewColumn(position, nullableColumn(field));
 }
 
 /// Describes the columns of the copy. The identity of the table's schema carries the converters
-/// that are installed on it, so the binary columns are copied byte for byte.
+/// that are installed on it, and columns that do not change are copied as they are.
 DbfSchemaTransform makeTransform(const DbfTable& table, QTextStream& out)
 {
     auto transform = DbfSchemaTransform::identity(table.schema());
@@ -145,10 +144,13 @@ DbfSchemaTransform makeTransform(const DbfTable& table, QTextStream& out)
 bool copyWithProgress(DbfTable& table, QIODevice& target, const DbfSchemaTransform& transform)
 {
     ProgressBar bar;
-    return table.copyAndTransform(&target, transform, [&bar](int done, int total) {
+    DbfCopyOptions options;
+    options.keepMetadata = true;
+    options.progress = [&bar](int done, int total) {
         bar.show(done, total);
         return !isInterrupted();
-    });
+    };
+    return table.copyAndTransform(&target, transform, options);
 }
 
 /// Writes a copy of the table in \a sourcePath with other columns to \a targetPath.

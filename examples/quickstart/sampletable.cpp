@@ -53,24 +53,13 @@ bool raisePrice(DbfTable& table, int index, double price)
     if (table.hasError())
         return false;
     record.values.replace(Price, price);
-    return table.updateRecord(record);
+    return table.updateValues(record); // which writes no other field
 }
 
 /// A deleted record keeps its place and its values; only its mark is set.
-bool markDeleted(DbfTable& table, int index)
-{
-    DbfRecord record = table.readRecord(index);
-    if (table.hasError())
-        return false;
-    record.setDeleted(true);
-    return table.updateRecord(record);
-}
-
 bool fillTable(DbfTable& table)
 {
-    // Number fields are exchanged as text unless they get a converter.
-    table.setFieldConverter(Price, DbfDoubleConverter::instance());
-    return appendGoods(table) && raisePrice(table, 0, 135) && markDeleted(table, 2);
+    return appendGoods(table) && raisePrice(table, 0, 135) && table.setRecordDeleted(2, true);
 }
 
 } // namespace
@@ -79,6 +68,8 @@ bool makeSampleTable(const QString& path, QString* reason)
 {
     QFile file(path);
     DbfTable table(&file);
+    table.setConverterChoice(nullableConverter);
+    table.setCheckingValues(true); // What would not fit is refused, not cut.
     // create() closes the file again; open() reads back what it wrote.
     if (table.create(goodsSchema()) && table.open(QIODevice::ReadWrite) && fillTable(table)) {
         table.close();

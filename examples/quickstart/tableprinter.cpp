@@ -10,11 +10,12 @@
 #include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QDateTime>
+#include <QtCore/QLocale>
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
-#include <QtCore/QtEndian>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace dbf;
 
@@ -26,8 +27,6 @@ constexpr int widestCell = 24;
 constexpr int columnsShown = 20;
 constexpr int recordsShown = 10;
 constexpr int recordsPerRead = 500;
-
-constexpr int dateTimeSize = 8;
 
 /// A table of text with aligned columns.
 struct TextTable {
@@ -105,26 +104,14 @@ QString hexByte(unsigned char byte)
     return QStringLiteral("0x%1").arg(byte, 2, 16, QLatin1Char('0'));
 }
 
-/// Returns a count of ten-thousandths as a number with four decimals.
-QString currencyText(qlonglong value)
+/// Returns a number with the column's decimals, or with all of its own where these are too few.
+QString numberText(double number, int decimals)
 {
-    QString digits = QString::number(value);
-    const QString sign = digits.startsWith(QLatin1Char('-')) ? QStringLiteral("-") : QString();
-    digits = digits.mid(sign.size()).rightJustified(5, QLatin1Char('0'));
-    digits.insert(digits.size() - 4, QLatin1Char('.'));
-    return sign + digits;
-}
-
-/// Returns the text of a date and time: a Julian day and the milliseconds of the day, four bytes
-/// each. It is blank when the day is zero or the field is filled with spaces.
-QString dateTimeText(const QByteArray& bytes)
-{
-    const auto day = qFromLittleEndian<qint32>(bytes.constData());
-    const auto milliseconds = qFromLittleEndian<qint32>(bytes.constData() + 4);
-    if (day == 0 || bytes.trimmed().isEmpty())
-        return {};
-    const QDateTime time(QDate::fromJulianDay(day), QTime::fromMSecsSinceStartOfDay(milliseconds));
-    return time.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    constexpr double longestWritten = 1e15;
+    const QString text = QString::number(number, 'f', decimals);
+    return std::abs(number) < longestWritten && text.toDouble() == number
+               ? text
+               : QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 /// Returns bytes without a converter of their own as text if they are that, else in hexadecimal.
@@ -138,7 +125,7 @@ QString bytesText(const QByteArray& bytes)
 
 bool isNumber(const DbfFieldDescriptor& field)
 {
-    return QByteArrayLiteral("NFIYBM").contains(static_cast<char>(field.type));
+    return QByteArrayLiteral("NFIYB").contains(static_cast<char>(field.type));
 }
 
 void printStructure(const DbfSchema& schema, QTextStream& out)
@@ -229,23 +216,17 @@ QString errorText(DbfTable::DbfTableError code)
 
 QString valueText(const QVariant& value, const DbfFieldDescriptor& field)
 {
-    const auto letter = static_cast<char>(field.type);
     switch (static_cast<QMetaType::Type>(value.userType())) {
     case QMetaType::Bool:
         return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
     case QMetaType::QDate:
         return value.toDate().toString(Qt::ISODate);
+    case QMetaType::QDateTime:
+        return value.toDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     case QMetaType::Double:
-        return field.type == DbfFieldType::Float
-                   ? QString::number(value.toDouble(), 'f', field.decimals)
-                   : QString::number(value.toDouble(), 'g', 15);
-    case QMetaType::LongLong:
-        return letter == 'Y' ? currencyText(value.toLongLong()) : value.toString();
-    case QMetaType::QByteArray: {
-        const QByteArray bytes = value.toByteArray();
-        return letter == 'T' && bytes.size() == dateTimeSize ? dateTimeText(bytes)
-                                                             : bytesText(bytes);
-    }
+        return numberText(value.toDouble(), field.decimals);
+    case QMetaType::QByteArray:
+        return bytesText(value.toByteArray());
     default:
         return value.toString();
     }

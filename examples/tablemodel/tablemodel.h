@@ -9,13 +9,12 @@
 #include <QtCore/QAbstractTableModel>
 #include <QtCore/QCache>
 
-#include <optional>
-
 /// Shows the records of a table to Qt's item views, and lets them be edited.
 ///
 /// Records are read in pages when a view asks for one of their cells; the pages looked at last are
 /// kept, so that a table of any size takes the same memory. Edits go to the table at once. An edit
-/// writes the bytes of its own cell; those of the record's other cells stay as they are.
+/// writes the bytes of its own cell; those of the record's other cells stay as they are. What the
+/// field would not keep is refused.
 class TableModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -25,12 +24,12 @@ public:
         DeletedRole = Qt::UserRole, ///< Whether the record of the cell is marked deleted; editable.
     };
 
-    /// Takes over \a table, which is open. Values go through the converters that its columns have
-    /// now. Cells are editable if the device is open for writing, but those of columns with raw
-    /// bytes, and with large integers, which stand for amounts in units that a user does not see.
+    /// Takes over \a table, which is open, and lets it check values. They go through the table's
+    /// converters; give it the nullable set, or blank numbers show as 0. Cells are editable if the
+    /// device is open for writing, but those of columns with raw bytes.
     explicit TableModel(dbf::DbfTable&& table, QObject* parent = nullptr);
 
-    /// Returns the table; its lastError() tells why an edit failed, if the file was the reason.
+    /// Returns the table; its lastError() and valueProblems() tell why an edit failed.
     const dbf::DbfTable& table() const;
 
     /// Reads the table's text and field names in \a codec from now on. Returns false when the table
@@ -48,7 +47,7 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
     /// Writes a cell or, in the DeletedRole, the mark of its record. Refuses, and emits refused(),
-    /// what does not fit the field or is not of its kind. Empty text makes the field blank.
+    /// what does not fit the field or is not of its kind. Empty text stands for no value.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
 
     /// Appends blank records; \a row must be rowCount(), since records have no place between
@@ -66,13 +65,11 @@ private:
     Page* page(int number) const;
     const dbf::DbfRecord* record(int row) const;
     bool isEditable(int column) const;
-    QVariant value(const dbf::DbfRecord& record, int column) const;
-    std::optional<QByteArray> fieldBytes(QVariant value, const dbf::DbfColumn& column) const;
+    bool isTruth(int column) const;
     bool edit(const QModelIndex& index, const QVariant& value, int role);
-    bool write(const dbf::DbfRecord& record);
+    bool editCell(const QModelIndex& index, const QVariant& value);
 
-    mutable dbf::DbfTable m_table; ///< Gives every field as bytes.
-    dbf::DbfSchema m_schema;       ///< Has the converters that make values of them.
+    mutable dbf::DbfTable m_table;
     int m_rowCount = 0;
     mutable QCache<int, Page> m_pages;
 };

@@ -103,12 +103,6 @@ bool MainWindow::openFile(const QString& path, QString* reason)
     table.destroyDeviceAtExit(true);
     if (!openForEditing(table, path, reason))
         return false;
-    const QVector<DbfColumn> columns = table.schema().columns;
-    for (int i = 0; i < columns.size(); ++i) {
-        const DbfFieldType type = columns.at(i).descriptor.type;
-        if (type == DbfFieldType::Numeric || type == DbfFieldType::Float)
-            table.setFieldConverter(i, &m_numberConverter);
-    }
     m_path = path;
     m_headerCodec = table.schema().codec;
     m_codePages->setCurrentIndex(0);
@@ -150,8 +144,12 @@ void MainWindow::showState()
 
 void MainWindow::showRefusal()
 {
-    const QString reason = m_model->table().hasError() ? errorText(m_model->table().lastError())
-                                                       : QStringLiteral("it does not fit there");
+    const DbfTable& table = m_model->table();
+    QString reason = QStringLiteral("it cannot be changed");
+    if (table.hasError())
+        reason = errorText(table.lastError());
+    else if (!table.valueProblems().isEmpty())
+        reason = table.valueProblems().first().text();
     statusBar()->showMessage(QStringLiteral("Not written: %1").arg(reason), messageMilliseconds);
 }
 

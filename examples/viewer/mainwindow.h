@@ -4,8 +4,6 @@
 #ifndef VIEWER_MAINWINDOW_H
 #define VIEWER_MAINWINDOW_H
 
-#include "numbertextconverter.h"
-
 #include "tablemodel/tablemodel.h"
 
 #include <QtWidgets/QMainWindow>
@@ -42,7 +40,6 @@ private:
     void appendRow();
     void toggleDeleted();
 
-    NumberTextConverter m_numberConverter; ///< Columns point at it, so it outlives the model.
     std::unique_ptr<TableModel> m_model;
     QString m_path;
     QTextCodec* m_headerCodec = nullptr; ///< The one that the table's header asks for.

@@ -82,11 +82,9 @@ bool makeSampleTable(const QString& path, int count)
 {
     QFile file(path);
     DbfTable table(&file);
-    if (!table.create(goodsSchema()) || !table.open(QIODevice::ReadWrite))
-        return false;
-    for (const int column : {Number, Price, Left})
-        table.setFieldConverter(column, DbfDoubleConverter::instance());
-    if (!appendGoods(table, count))
+    table.setConverterChoice(nullableConverter);
+    if (!table.create(goodsSchema()) || !table.open(QIODevice::ReadWrite) ||
+        !appendGoods(table, count))
         return false;
     table.close();
     return file.error() == QFileDevice::NoError;
