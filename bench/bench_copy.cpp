@@ -8,7 +8,10 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <iostream>
 
 namespace bench
 {
@@ -75,8 +78,43 @@ QStringList ogr2ogrOptions(Copy copy, const Table& source)
                    layer + '"'};
 }
 
+/// Ends the program unless \a path holds a line for each record, with the row's number first.
+void checkCsv(const std::string& name, const QString& path, int records)
+{
+    std::ifstream file(path.toStdString());
+    std::string line;
+    std::getline(file, line);
+    for (int row = 1; row <= records; ++row) {
+        if (std::getline(file, line) && std::atoi(line.c_str() + (line[0] == '"' ? 1 : 0)) == row)
+            continue;
+        std::cerr << name << ": row " << row << " is \"" << line << "\"\n";
+        std::exit(1);
+    }
+}
+
+void addCsv(const char* subject, const Table& table, const Copier& exporter)
+{
+    const std::string name = benchmarkName(subject, "csv", table.records);
+    const QString target = sourceOf(table) + ".csv";
+    add({name, table.records, [=] { exporter(table, target); },
+         [=] {
+             checkCsv(name, target, table.records);
+             QFile::remove(target);
+         },
+         [=] {
+             QFile::remove(target);
+             ::sync(); // so that nobody pays for what the one before has written
+         }});
+}
+
 void addWorkloads(const Table& table, const QString& programFolder)
 {
+    addCsv("command", table, [=](const Table& source, const QString& target) {
+        runProcess({BENCH_COMMAND, "cat", "--csv", sourceOf(source)}, target);
+    });
+    addCsv("ogr2ogr", table, [=](const Table& source, const QString& target) {
+        runProcess({"ogr2ogr", "-f", "CSV", target, sourceOf(source)});
+    });
     const Sums original = sumsOfRows(table.records, Numeric::AsNumber);
     for (const Copy copy : {Copy::Identity, Copy::Restructure, Copy::Recode}) {
         addCopier("dbftable", copy, table, original,

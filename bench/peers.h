@@ -24,6 +24,9 @@ Sums shapelibReadRandom(const std::string& table, const std::vector<int>& indexe
 /// Makes a table of \a records records, \a rows over and over: C, N and D as bytes, L as a letter,
 /// F as double.
 void shapelibAppend(const std::string& table, std::vector<Row>& rows, int records);
+/// Writes the fields of the records \a indexes as shapelibAppend() does, \a rows over and over.
+void shapelibUpdate(const std::string& table, std::vector<Row>& rows,
+                    const std::vector<int>& indexes);
 
 /// Every field as bytes, F as double.
 Sums xbase64ReadAll(const std::string& table);

@@ -171,9 +171,11 @@ Sums sumsInTable(const std::string& path, QTextCodec* codec)
     return sums;
 }
 
-QByteArray runProcess(const QStringList& command)
+QByteArray runProcess(const QStringList& command, const QString& output)
 {
     QProcess process;
+    if (!output.isEmpty())
+        process.setStandardOutputFile(output);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(command.first(), command.mid(1));
     if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit ||

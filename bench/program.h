@@ -65,8 +65,9 @@ Sums sumsInTable(const std::string& path, QTextCodec* codec = nullptr);
 /// Ends the program when a table was not read or written as it had to be.
 void requireSame(const std::string& subject, const Sums& seen, const Sums& expected);
 
-/// Runs a process, throws std::runtime_error unless it ends with 0, and returns what it printed.
-QByteArray runProcess(const QStringList& command);
+/// Runs a process, throws std::runtime_error unless it ends with 0, and returns what it printed,
+/// which goes into the file \a output where that is named.
+QByteArray runProcess(const QStringList& command, const QString& output = {});
 
 } // namespace bench
 

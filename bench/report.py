@@ -4,7 +4,7 @@
 """Writes benchmarks.md and benchmarks.svg from what the benchmark programs measured.
 
 report.py RESULTS DOCS: the folder RESULTS holds the JSON output of the programs (read, write, copy,
-recode, scale_*), memory.txt (kind of copy, records, KiB) and machine.txt (lines for the page).
+safe, recode, scale_*), memory.txt (kind of copy, records, KiB) and machine.txt (lines for the page).
 """
 
 import json
@@ -26,10 +26,32 @@ COMPARISONS = [
     ("100,000 random `readRecord`", "dbftable/readRecord", "shapelib/readRandom", RECORDS, 1.5),
     ("`appendRecord` each record", "dbftable/appendRecord", "shapelib/append", RECORDS, 1.2),
     ("`appendRecords`, 1000 a call", "dbftable/appendRecords", "shapelib/append", RECORDS, 4),
+    ("`updateRecord`, every tenth record", "plain/updateRecord", "shapelib/update", RECORDS, 1.3),
     ("copy as it is", "copytable/identity", "cp/identity", RECORDS, 1 / 1.3),
     ("restructuring copy", "copytable/restructure", "ogr2ogr/restructure", RECORDS, 10),
     ("copy into another codec", "copytable/recode", "ogr2ogr/recode", RECODED, 5),
     ("", "copytable/recode", "ogr2ogr/identity", RECODED, 5),
+    ("`dbftable cat --csv`", "command/csv", "ogr2ogr/csv", RECORDS, 10),
+]
+# What is measured, its benchmark, the plain way and its benchmark, the most that it may cost.
+SAFE_WAYS = [
+    ("`readRecords`, nullable set", "nullable/readRecords",
+     "`readRecords`", "plain/readRecords", 1.1),
+    ("`appendRecord`, nullable set", "nullable/appendRecord",
+     "`appendRecord`", "plain/appendRecord", 1.1),
+    ("`appendRecords`, nullable set", "nullable/appendRecords",
+     "`appendRecords`", "plain/appendRecords", 1.1),
+    ("`appendRecord`, values checked", "checkedPlain/appendRecord",
+     "`appendRecord`", "plain/appendRecord", 1.6),
+    ("`appendRecords`, values checked", "checkedPlain/appendRecords",
+     "`appendRecords`", "plain/appendRecords", 1.6),
+    ("`appendRecord`, nullable set, values checked", "checkedNullable/appendRecord",
+     "`appendRecord`, nullable set", "nullable/appendRecord", 1.6),
+    ("`appendRecords`, nullable set, values checked", "checkedNullable/appendRecords",
+     "`appendRecords`, nullable set", "nullable/appendRecords", 1.6),
+    ("`updateValues`", "plain/updateValues", "`updateRecord`", "plain/updateRecord", 2),
+    ("`updateValues`, nullable set", "nullable/updateValues",
+     "`updateRecord`, nullable set", "nullable/updateRecord", 2),
 ]
 PEER_NAMES = {
     "shapelib/readTwoColumns": "shapelib, the same 2",
@@ -93,6 +115,18 @@ def comparison_table(results):
                     for ratio in ratios(ours, theirs)), f"{target:.3g}")
 
 
+def safe_table(results):
+    yield row("safe way", "beside", "safe s (CPU s)", "plain s (CPU s)", "ratio", "CPU ratio",
+              "at most")
+    yield row("---", "---", *["---:"] * 5)
+    for title, safe, plain_title, plain, limit in SAFE_WAYS:
+        ours, theirs = (results[f"{name}/{RECORDS}"] for name in (safe, plain))
+        yield row(title, plain_title,
+                  *(f"{seconds(one['wall'])} ({seconds(one['cpu'])})" for one in (ours, theirs)),
+                  *(f"{ratio:.2f}" if ratio <= limit else f"**{ratio:.2f}**"
+                    for ratio in ratios(theirs, ours)), limit)
+
+
 def spread(costs):
     percent = (max(costs) / min(costs) - 1) * 100
     return f"{percent:.0f}" if percent <= FLATNESS_LIMIT else f"**{percent:.0f}**"
@@ -152,7 +186,7 @@ making the table.
   its buffer, QFile reads 16 KiB for each.
 - shapelib and xbase64 give every field as bytes, undecoded, and F as double; GDAL gives features
   with typed fields; dbfread is a plain loop and counted with the start of its interpreter. shapelib
-  appends bytes as they are, but formats F as dbftable does.
+  appends and updates bytes as they are, but formats F as dbftable does.
 - Both append the same 1000 rows over and over to a new table.
 - Copies run in processes of their own, start included. The restructuring one drops a column,
   inserts one, widens a C, turns an N into F (ogr2ogr: N), and moves one. The copy into another
@@ -165,6 +199,14 @@ Floors, measured in the same runs:
     for title, name in FLOORS:
         entry = results[f"{name}/{RECORDS}"]
         yield f"- {title}: {seconds(entry['wall'])} s ({seconds(entry['cpu'])} s CPU)"
+    yield """
+## What safety costs
+
+Times of the ways that lose nothing by those of the plain ways, on a million records of the same
+table, 1000 a call of `appendRecords`. Updates write every tenth record, in random order, with the
+values of another row. Ratios beyond what a way may cost are bold.
+"""
+    yield "\n".join(safe_table(results))
     sizes = sorted({int(name.rsplit("/", 1)[1]) for name in scaling})
     yield "\n## Cost per record\n"
     yield f"""Nanoseconds of processor time per record on tables of different sizes, copies without a process of

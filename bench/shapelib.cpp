@@ -43,6 +43,36 @@ void addRecord(Sums& sums, DBFHandle table, int record)
     }
 }
 
+/// Writes \a count records, \a rows over and over, the k-th to the place \a placeOf(k).
+template <typename PlaceOf>
+void writeRows(DBFHandle table, std::vector<Row>& rows, int count, PlaceOf placeOf)
+{
+    std::vector<double> weights;
+    for (const Row& row : rows)
+        weights.push_back(std::strtod(row[Weight].c_str(), nullptr));
+
+    bool written = true;
+    for (int k = 0; k < count; ++k) {
+        const size_t index = static_cast<size_t>(k) % rows.size();
+        const int record = placeOf(k);
+        for (int column = 0; column < columnCount; ++column) {
+            std::string& text = rows[index][static_cast<size_t>(column)];
+            int done = 0;
+            if (column == Weight)
+                done = DBFWriteDoubleAttribute(table, record, column, weights[index]);
+            else if (column == Active)
+                done = DBFWriteLogicalAttribute(table, record, column, text[0]);
+            else if (columns[static_cast<size_t>(column)].type == 'C')
+                done = DBFWriteStringAttribute(table, record, column, text.c_str());
+            else
+                done = DBFWriteAttributeDirectly(table, record, column, text.data());
+            written = written && done != 0;
+        }
+    }
+    if (!written)
+        throw std::runtime_error("shapelib does not write the table");
+}
+
 } // namespace
 
 Sums shapelibReadAll(const std::string& table)
@@ -83,29 +113,15 @@ void shapelibAppend(const std::string& table, std::vector<Row>& rows, int record
     for (const Column& column : columns)
         DBFAddNativeFieldType(handle.get(), column.name, column.type, column.length,
                               column.decimals);
-    std::vector<double> weights;
-    for (const Row& row : rows)
-        weights.push_back(std::strtod(row[Weight].c_str(), nullptr));
+    writeRows(handle.get(), rows, records, [](int record) { return record; });
+}
 
-    bool written = true;
-    for (int record = 0; record < records; ++record) {
-        const size_t index = static_cast<size_t>(record) % rows.size();
-        for (int column = 0; column < columnCount; ++column) {
-            std::string& text = rows[index][static_cast<size_t>(column)];
-            int done = 0;
-            if (column == Weight)
-                done = DBFWriteDoubleAttribute(handle.get(), record, column, weights[index]);
-            else if (column == Active)
-                done = DBFWriteLogicalAttribute(handle.get(), record, column, text[0]);
-            else if (columns[static_cast<size_t>(column)].type == 'C')
-                done = DBFWriteStringAttribute(handle.get(), record, column, text.c_str());
-            else
-                done = DBFWriteAttributeDirectly(handle.get(), record, column, text.data());
-            written = written && done != 0;
-        }
-    }
-    if (!written)
-        throw std::runtime_error("shapelib does not write the table");
+void shapelibUpdate(const std::string& table, std::vector<Row>& rows,
+                    const std::vector<int>& indexes)
+{
+    const Handle handle = required(DBFOpen(table.c_str(), "rb+"));
+    writeRows(handle.get(), rows, static_cast<int>(indexes.size()),
+              [&](int k) { return indexes[static_cast<size_t>(k)]; });
 }
 
 } // namespace bench

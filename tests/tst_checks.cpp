@@ -107,14 +107,15 @@ private slots:
         for (const auto& column : {usual('N', 8, 2), nullable('N', 8, 2)}) {
             const bool isText = column.converter == DbfStringConverter::instance();
             addRows(column, noReason,
-                    {"12345.67", "  12.5  ", "1e3", QVariant(QChar('7')), "1.50", none, "", 12});
+                    {"12345.67", "-12.5", "  12.5  ", "1e3", QVariant(QChar('7')), "1.50", none, "",
+                     12});
             addRows(column, tooLarge, {"123456.78", "1234567.8", 123456789.0});
             addRows(column, isText ? tooLarge : noReason, {"      12.5"});
             addRows(column, isText ? notOfType : tooLarge, {infinity});
-            addRows(column, notOfType, {"abc", notANumber, day});
+            addRows(column, notOfType, {"abc", "-", "1.2.3", notANumber, day});
         }
         const DbfColumn usualF = usual('F', 8, 2);
-        addRows(usualF, changed, {none, "", "1,5", decimal("12.34")});
+        addRows(usualF, changed, {none, nullOf(QMetaType::Double), "", "1,5", decimal("12.34")});
         addRows(usualF, notOfType, {"abc", notANumber});
         addRows(usualF, tooLarge,
                 {123456789.0, -99999.96, infinity, 1e300, "1e999999999", 123456789});
@@ -130,7 +131,7 @@ private slots:
         addRows(usual('F', 20), noReason, {12345678901234567.0, "0", 0.5f});
 
         addRows(usual('L', 1), noReason, {true, false, "yes", QByteArray("T"), 1});
-        addRows(usual('L', 1), changed, {"F", "no", none});
+        addRows(usual('L', 1), changed, {"F", "no", none, nullOf(QMetaType::Bool)});
         addRows(usual('L', 1), notOfType, {"maybe", notANumber});
         addRows(nullable('L', 1), noReason, {"F", "no", none});
         const DbfColumn usualD = usual('D', 8);
@@ -150,7 +151,7 @@ private slots:
         addRows(money, tooLarge, {"922337203685477.5808", -1e15});
         addRows(nullable('I', 4), noReason, {2147483647, "12"});
         addRows(nullable('I', 4), tooLarge, {2147483648LL, -1e10});
-        addRows(nullable('I', 4), changed, {1.5, none, decimal("7")});
+        addRows(nullable('I', 4), changed, {1.5, none, nullOf(QMetaType::Int), decimal("7")});
         addRows(nullable('I', 4), notOfType, {"x"});
         addRows(with(DbfSmallIntConverter::instance(), 'I', 2), tooLarge, {-32769});
         addRows(with(DbfLargeIntConverter::instance(), 'I', 8), tooLarge, {1e19});

@@ -19,7 +19,6 @@ namespace dbf
 namespace
 {
 
-constexpr int dateSize = 8;     // bytes
 constexpr int dateTimeSize = 8; // day and milliseconds, 4 bytes each
 constexpr int currencySize = 8;
 constexpr int currencyDecimals = 4;

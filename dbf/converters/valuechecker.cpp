@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/givenvalue_p.h>
+#include <dbf/converters/plainlykept_p.h>
 #include <dbf/converters/valuechecker_p.h>
 #include <dbf/model/samevalue_p.h>
 
@@ -25,12 +26,7 @@ constexpr int longestField = 255; // bytes
 constexpr int manyDecimals = 60;  // by which numbers that are not rounded are compared
 constexpr int exactDigits = 15;   // that a double always keeps
 
-/// A value on its way into a field.
-struct Case {
-    const QVariant& value;
-    FieldContext field;
-    const DbfFieldDescriptor& descriptor;
-};
+using Case = ValueInField;
 
 bool isFloating(const QVariant& value)
 {
@@ -96,26 +92,6 @@ Problem kindProblem(const GivenNumber& number, bool keepsNothing)
         break;
     }
     return isBeyondFields(number) ? Reason::TooLarge : Problem();
-}
-
-/// Whether \a value is a plain number that has room in the field, whatever its digits: most are.
-bool clearlyFits(const QVariant& value, const FieldContext& field)
-{
-    const int decimals = field.decimals == 0 ? 0 : field.decimals + 1; // with the point
-    const int wholePlaces = std::min(field.length - decimals - 1, exactDigits);
-    if (wholePlaces < 1)
-        return false;
-    const auto limit = static_cast<double>(powersOfTen[static_cast<size_t>(wholePlaces)]) - 1;
-    switch (value.userType()) {
-    case QMetaType::Double:
-        return std::abs(*static_cast<const double*>(value.constData())) < limit;
-    case QMetaType::Int:
-        return std::abs(double(*static_cast<const int*>(value.constData()))) < limit;
-    case QMetaType::LongLong:
-        return std::abs(double(*static_cast<const qlonglong*>(value.constData()))) < limit;
-    default:
-        return false;
-    }
 }
 
 /// Whether \a found is as near to \a expected as a double rounds it.
@@ -220,15 +196,11 @@ Problem problemIn(NullableTextRule, const Case& c)
 
 Problem problemIn(NumberRule, const Case& c)
 {
-    if (clearlyFits(c.value, c.field))
-        return std::nullopt;
     return numberTextProblem(c, Stored<NumberRule>(c).bytes(), false);
 }
 
 Problem problemIn(NullableNumberRule, const Case& c)
 {
-    if (clearlyFits(c.value, c.field))
-        return std::nullopt;
     return numberTextProblem(c, Stored<NullableNumberRule>(c).bytes(), true);
 }
 
@@ -429,9 +401,23 @@ ValueChecker::ValueChecker(const DbfSchema& schema) : m_schema(schema), m_codec(
         m_kinds.append(fieldKind(column));
 }
 
+bool ValueChecker::keepsPlainly(const QVariant& value, int column) const
+{
+    const DbfFieldDescriptor& field = m_schema.columns.at(column).descriptor;
+    const ValueInField c{value, {&m_codec, field.length, field.decimals}, field};
+    return visitRule(
+        m_kinds.at(column),
+        [&](auto rule) {
+            return rule.size(field.length) == field.length && isPlainlyKept(rule, c);
+        },
+        [] { return false; });
+}
+
 std::optional<DbfValueProblem> ValueChecker::problemOf(const QVariant& value, int column,
                                                        int position) const
 {
+    if (keepsPlainly(value, column))
+        return std::nullopt;
     const DbfColumn& target = m_schema.columns.at(column);
     const DbfFieldDescriptor& field = target.descriptor;
     const Case c{value, {&m_codec, field.length, field.decimals}, field};
@@ -458,7 +444,8 @@ QVector<DbfValueProblem> ValueChecker::problemsOf(const DbfRecord& record, int p
     QVector<DbfValueProblem> problems;
     for (int column = 0; column < m_kinds.size(); ++column) {
         const bool isMissing = column >= record.values.size();
-        if (isMissing && m_kinds.at(column) != FieldKind::Date)
+        if (isMissing ? m_kinds.at(column) != FieldKind::Date
+                      : keepsPlainly(record.values.at(column), column))
             continue;
         std::optional<DbfValueProblem> problem =
             problemOf(isMissing ? QVariant() : record.values.at(column), column, position);

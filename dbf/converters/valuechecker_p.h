@@ -27,6 +27,9 @@ public:
     std::optional<DbfValueProblem> problemOf(const QVariant& value, int column, int position) const;
 
 private:
+    /// Whether the column keeps \a value, where that shows at a glance.
+    bool keepsPlainly(const QVariant& value, int column) const;
+
     const DbfSchema m_schema;
     TextCodec m_codec;
     QVector<FieldKind> m_kinds;

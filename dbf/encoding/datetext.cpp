@@ -21,7 +21,6 @@ constexpr size_t yearSize = 4;
 constexpr size_t monthOffset = 4;
 constexpr size_t dayOffset = 6;
 constexpr size_t partSize = 2;
-constexpr size_t dateSize = 8;
 
 int twoDigits(const char* text)
 {
@@ -141,7 +140,7 @@ void writeDateField(const QDate& date, char* field, int width)
     writeDigits(parts.year, digits.data(), yearSize);
     writeDigits(parts.month, digits.data() + monthOffset, partSize);
     writeDigits(parts.day, digits.data() + dayOffset, partSize);
-    std::memcpy(field, digits.data(), std::min(dateSize, static_cast<size_t>(width)));
+    std::memcpy(field, digits.data(), static_cast<size_t>(std::min(dateSize, width)));
 }
 
 } // namespace dbf

@@ -14,6 +14,8 @@ class QVariant;
 namespace dbf
 {
 
+constexpr int dateSize = 8; // bytes: yyyyMMdd
+
 /// Returns the date in the first eight bytes, year first, or an invalid one. A part counts as 0
 /// when QByteArray::toInt does not read it.
 QDate readDate(std::string_view bytes);
