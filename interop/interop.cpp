@@ -7,13 +7,13 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QSaveFile>
-#include <QtCore/QTextCodec>
 
 #include <cstdio>
 
