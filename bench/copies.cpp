@@ -5,7 +5,7 @@
 
 #include "program.h"
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <stdexcept>
 

@@ -2,8 +2,8 @@
 # command.
 include(GNUInstallDirs)
 
-set(runtime_package libdbftable${PROJECT_VERSION_MAJOR})
-set(development_package libdbftable-dev)
+set(runtime_package ${DBFTABLE_RUNTIME_PACKAGE})
+set(development_package lib${DBFTABLE_PACKAGE}-dev)
 set(tools_package dbftable-tools)
 set(debian_release 1)
 set(DBFTABLE_MAINTAINER "the dbftable authors <dbftable@example.org>" CACHE STRING
@@ -52,7 +52,7 @@ This package contains the shared library.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "${runtime_package} (= ${PROJECT_VERSION}-${debian_release}), qtbase5-dev (>= 5.15)")
+    "${runtime_package} (= ${PROJECT_VERSION}-${debian_release}), ${DBFTABLE_QT_PACKAGES}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Reads, updates, appends, creates and restructures DBF table files on any
 QIODevice.
 

@@ -290,21 +290,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QVector<DbfRecord> records;
     QVector<DbfRecord> expected;
     for (int i = choices.ConsumeIntegralInRange(0, 6); i > 0; --i) {
-        expected << DbfRecord(expected.size(), {});
+        expected << DbfRecord(static_cast<int>(expected.size()), {});
         records << drawRecord(choices, fields, codec, expected.last());
     }
-    const int singles = choices.ConsumeIntegralInRange(0, records.size());
+    const auto count = static_cast<int>(records.size());
+    const int singles = choices.ConsumeIntegralInRange(0, count);
     for (int i = 0; i < singles; ++i)
         demand(table.appendRecord(records.at(i)), "appending succeeds");
     demand(table.appendRecords(records.mid(singles)), "bulk appending succeeds");
-    for (const DbfRecord& record : qAsConst(records)) {
+    for (const DbfRecord& record : std::as_const(records)) {
         if (choices.ConsumeBool())
             demand(table.updateRecord(record), "updating in place changes nothing");
     }
 
     demand(table.reopen() && table.recordCount() == records.size(), "the table opens again");
     installConverters(table, fields);
-    const QVector<DbfRecord> read = table.readRecords(0, records.size());
+    const QVector<DbfRecord> read = table.readRecords(0, count);
     demand(std::equal(read.cbegin(), read.cend(), expected.cbegin(), expected.cend(),
                       [](const DbfRecord& a, const DbfRecord& b) { return isSame(a, b); }),
            "the values come back");

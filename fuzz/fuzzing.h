@@ -6,9 +6,9 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QIODevice>
-#include <QtCore/QTextCodec>
 
 #include <fuzzer/FuzzedDataProvider.h>
 

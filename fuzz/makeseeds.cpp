@@ -3,11 +3,11 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QBuffer>
 #include <QtCore/QDate>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QTextCodec>
 
 #include <cstdio>
 #include <stdexcept>

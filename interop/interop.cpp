@@ -7,6 +7,7 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
@@ -14,7 +15,6 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QSaveFile>
-#include <QtCore/QTextCodec>
 
 #include <cstdio>
 

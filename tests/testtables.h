@@ -8,8 +8,8 @@
 
 #include <dbf/dbf.h>
 
+#include <QTextCodec>
 #include <QtCore/QFile>
-#include <QtCore/QTextCodec>
 
 #include <stdexcept>
 
@@ -51,8 +51,9 @@ struct Table {
         int recordLength = 1;
         for (const QByteArray& descriptor : fields)
             recordLength += quint8(descriptor.at(16));
-        QByteArray file = header(quint32(records.size()), 33 + 32 * fields.size() + backLink.size(),
-                                 recordLength, version, codePage);
+        const auto headerLength = int(33 + 32 * fields.size() + backLink.size());
+        QByteArray file =
+            header(quint32(records.size()), headerLength, recordLength, version, codePage);
         file += fields.toList().join() + '\x0D' + backLink;
         return file + records.toList().join() + '\x1A';
     }

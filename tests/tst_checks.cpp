@@ -94,7 +94,7 @@ private slots:
         const DbfColumn usualC = usual('C', 4);
         addRows(usualC, noReason,
                 {"four", "abc  ", "    ", none, QString(), 12, 1.5, cyrillic + 'x',
-                 QVariant(QVariant::Int), QByteArray("four")});
+                 nullOf(QMetaType::Int), QByteArray("four")});
         addRows(usualC, tooLong, {"five5", QString(300, 'x'), cyrillic + "xy", day});
         addRows(usualC, changed, {" abc", withNul, QByteArray("\xFF"), list});
         addRows(usualC, notInCodePage, {japanese});
@@ -115,7 +115,7 @@ private slots:
             addRows(column, notOfType, {"abc", "-", "1.2.3", notANumber, day});
         }
         const DbfColumn usualF = usual('F', 8, 2);
-        addRows(usualF, changed, {none, QVariant(QVariant::Double), "", "1,5", decimal("12.34")});
+        addRows(usualF, changed, {none, nullOf(QMetaType::Double), "", "1,5", decimal("12.34")});
         addRows(usualF, notOfType, {"abc", notANumber});
         addRows(usualF, tooLarge,
                 {123456789.0, -99999.96, infinity, 1e300, "1e999999999", 123456789});
@@ -131,7 +131,7 @@ private slots:
         addRows(usual('F', 20), noReason, {12345678901234567.0, "0", 0.5f});
 
         addRows(usual('L', 1), noReason, {true, false, "yes", QByteArray("T"), 1});
-        addRows(usual('L', 1), changed, {"F", "no", none, QVariant(QVariant::Bool)});
+        addRows(usual('L', 1), changed, {"F", "no", none, nullOf(QMetaType::Bool)});
         addRows(usual('L', 1), notOfType, {"maybe", notANumber});
         addRows(nullable('L', 1), noReason, {"F", "no", none});
         const DbfColumn usualD = usual('D', 8);
@@ -151,7 +151,7 @@ private slots:
         addRows(money, tooLarge, {"922337203685477.5808", -1e15});
         addRows(nullable('I', 4), noReason, {2147483647, "12"});
         addRows(nullable('I', 4), tooLarge, {2147483648LL, -1e10});
-        addRows(nullable('I', 4), changed, {1.5, none, QVariant(QVariant::Int), decimal("7")});
+        addRows(nullable('I', 4), changed, {1.5, none, nullOf(QMetaType::Int), decimal("7")});
         addRows(nullable('I', 4), notOfType, {"x"});
         addRows(with(DbfSmallIntConverter::instance(), 'I', 2), tooLarge, {-32769});
         addRows(with(DbfLargeIntConverter::instance(), 'I', 8), tooLarge, {1e19});

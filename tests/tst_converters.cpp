@@ -120,12 +120,12 @@ private slots:
         rows(binary64, true, {"1.5", 1.5});
         rows(binary32, true, {0.5f, 0.5});
 
-        rows(date, false, {"abc", QVariant(QVariant::Date), 1.5, none});
-        rows(number, false, {"abc", QVariant(QVariant::Double), decimal("1"), none});
-        rows(int16, false, {"abc", QVariant(static_cast<QVariant::Type>(QMetaType::Short))});
-        rows(int32, false, {"abc", QVariant(QVariant::Int), QDate(2024, 1, 1), none});
-        rows(int64, false, {"abc", QVariant(QVariant::LongLong)});
-        rows(binary32, false, {"abc", QVariant(QVariant::Double), decimal("1"), none});
+        rows(date, false, {"abc", nullOf(QMetaType::QDate), 1.5, none});
+        rows(number, false, {"abc", nullOf(QMetaType::Double), decimal("1"), none});
+        rows(int16, false, {"abc", nullOf(QMetaType::Short)});
+        rows(int32, false, {"abc", nullOf(QMetaType::Int), QDate(2024, 1, 1), none});
+        rows(int64, false, {"abc", nullOf(QMetaType::LongLong)});
+        rows(binary32, false, {"abc", nullOf(QMetaType::Double), decimal("1"), none});
         rows(truth, false, {none, none});
 
         rows(truth, true,

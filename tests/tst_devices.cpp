@@ -234,7 +234,7 @@ private slots:
         limit.reset();
 
         QVERIFY(!appended && updated);
-        QCOMPARE(readable, rows);
+        QCOMPARE(int(readable), rows);
         QByteArray expected = bytes;
         expected.replace(65 + 5 * 51, 51, " updated" + QByteArray(43, '\0'));
         const auto size = int(bytes.size()) - (bulk ? 0 : 1); // A bulk append puts its marker back.

@@ -317,7 +317,8 @@ private slots:
         QVERIFY(checkRecordSizeOverflow(record, schema).isEmpty());
 
         QVariant converted = value;
-        QCOMPARE(notes.memo.converter()->convertVariant(converted), value.type() != QVariant::Int);
+        QCOMPARE(notes.memo.converter()->convertVariant(converted),
+                 value.userType() != QMetaType::Int);
         QCOMPARE(converted, value);
         QCOMPARE(notes.table.updateRecord(record), isNothing);
         QCOMPARE(notes.table.lastError(), isNothing ? DbfTable::NoError : DbfTable::WriteError);

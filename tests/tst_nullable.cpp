@@ -99,8 +99,8 @@ private slots:
                  "1e-99999999999999999999", "  0.00", "0e999999999", "  0.00", QDate(2024, 1, 1),
                  "      "});
         addRows(number, described('N', 6, 2),
-                {QVariant(QVariant::Double), "      ", QVariant(QVariant::Int), "      ",
-                 QVariant(QVariant::LongLong), "      ", QVariant::fromValue<short>(-7), " -7.00",
+                {nullOf(QMetaType::Double), "      ", nullOf(QMetaType::Int), "      ",
+                 nullOf(QMetaType::LongLong), "      ", QVariant::fromValue<short>(-7), " -7.00",
                  7u, "  7.00", decimal("1E+2"), "100.00",
                  QString("0").repeated(400) + '.' + QString("9").repeated(400), "  1.00"});
         addRows(number, described('N', 3, 2),
@@ -165,7 +165,7 @@ private slots:
                 addRows(converter, described('Y', 0), {value, value});
             for (const QVariant& value : refused)
                 addRows(converter, described('N', 0), {value, none});
-            addRows(converter, described('Y', 0), {none, none, QVariant(QVariant::Int), none});
+            addRows(converter, described('Y', 0), {none, none, nullOf(QMetaType::Int), none});
             addRows(converter, described('Y', 0), {QString(), none, QDate(), none});
         };
         const QString digits = "123456789012345678901234567890.5";

@@ -64,7 +64,8 @@ private slots:
         constexpr int count = 300;
         std::mt19937 random(1);
         const QByteArray fillers(" 0.-*FT\0\xFFx", 10);
-        QByteArray bytes = header(count, 33 + 32 * fields.size(), length) + fields.join() + '\x0D';
+        QByteArray bytes =
+            header(count, int(33 + 32 * fields.size()), length) + fields.join() + '\x0D';
         for (int i = 0; i < count * length; ++i)
             bytes += random() % 2 ? char(random()) : fillers.at(int(random() % 10));
         OpenTable open(bytes);

@@ -11,6 +11,7 @@
 #include <QtTest/QtTest>
 
 #include <limits>
+#include <type_traits>
 
 Q_DECLARE_METATYPE(dbf::DbfFieldConverter*)
 Q_DECLARE_METATYPE(dbf::DbfFieldDescriptor)
@@ -28,6 +29,16 @@ constexpr qlonglong most = std::numeric_limits<qlonglong>::max();
 inline QVariant decimal(const char* digits)
 {
     return QVariant::fromValue(QDecNumber(digits));
+}
+
+/// Returns a null variant of a type, for which each Qt has a constructor of its own.
+template <typename Variant = QVariant>
+Variant nullOf(QMetaType::Type type)
+{
+    if constexpr (std::is_constructible_v<Variant, QMetaType>)
+        return Variant(QMetaType(type));
+    else
+        return Variant(static_cast<typename Variant::Type>(type));
 }
 
 inline dbf::DbfFieldDescriptor described(char type, int length, int decimals = 0)

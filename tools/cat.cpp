@@ -193,7 +193,7 @@ private:
         QVector<int> widths(rows.first().size());
         for (const QStringList& row : rows) {
             for (int i = 0; i < row.size(); ++i)
-                widths[i] = std::max(widths.at(i), row.at(i).size());
+                widths[i] = std::max(widths.at(i), static_cast<int>(row.at(i).size()));
         }
         return widths;
     }
@@ -219,7 +219,7 @@ int columnOf(const DbfSchema& schema, const QString& name)
 
 Condition conditionOf(const DbfSchema& schema, const QString& text)
 {
-    const int sign = text.indexOf(QLatin1Char('='));
+    const auto sign = text.indexOf(QLatin1Char('='));
     if (sign < 0)
         throw Failure{UsageError, QStringLiteral("%1 is no COLUMN=VALUE").arg(text)};
     return {columnOf(schema, text.left(sign)), text.mid(sign + 1).toUtf8()};
@@ -312,7 +312,7 @@ Selection selectionOf(const QCommandLineParser& parser, const Options& options, 
     Selection selection;
     selection.count = table.recordCount();
     selection.withDeleted = parser.isSet(options.deleted);
-    const int columnCount = table.schema().columns.size();
+    const auto columnCount = static_cast<int>(table.schema().columns.size());
     if (parser.isSet(options.columns)) {
         for (const QString& name : parser.value(options.columns).split(QLatin1Char(',')))
             selection.columns.append(columnOf(table.schema(), name));

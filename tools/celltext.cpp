@@ -5,9 +5,9 @@
 
 #include "terminal.h"
 
+#include <QTextCodec>
 #include <QtCore/QDateTime>
 #include <QtCore/QLocale>
-#include <QtCore/QTextCodec>
 
 #include <algorithm>
 #include <cmath>

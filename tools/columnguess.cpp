@@ -3,9 +3,9 @@
 
 #include "columnguess.h"
 
+#include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QStringList>
-#include <QtCore/QTextCodec>
 
 #include <algorithm>
 
@@ -18,6 +18,12 @@ constexpr int longestText = 254;
 constexpr int longestNumber = 20;
 constexpr int dateLength = 8;
 constexpr int isoDateLength = 10;
+
+template <typename Text>
+int sizeOf(const Text& text)
+{
+    return static_cast<int>(text.size());
+}
 
 bool isDate(const QString& cell)
 {
@@ -53,8 +59,8 @@ void ColumnGuess::add(const QString& cell, QTextCodec* codec)
     m_isEmpty = false;
     // Encoding each cell would take most of the time.
     if (!isAscii(cell))
-        m_bytes = std::max(m_bytes, codec->fromUnicode(cell).size());
-    m_bytes = std::max(m_bytes, cell.size());
+        m_bytes = std::max(m_bytes, sizeOf(codec->fromUnicode(cell)));
+    m_bytes = std::max(m_bytes, sizeOf(cell));
     m_isDate = m_isDate && isDate(cell);
     m_isLogical = m_isLogical && isLogical(cell);
     if (m_isNumber)
@@ -64,14 +70,14 @@ void ColumnGuess::add(const QString& cell, QTextCodec* codec)
 void ColumnGuess::addNumber(const QString& cell)
 {
     const int sign = cell.startsWith(QLatin1Char('-')) ? 1 : 0;
-    const int point = cell.indexOf(QLatin1Char('.'));
+    const auto point = cell.indexOf(QLatin1Char('.'));
     const QString whole = cell.mid(sign, point < 0 ? -1 : point - sign);
     const QString decimals = point < 0 ? QString() : cell.mid(point + 1);
     // A number in front of which zeros stand is a code, as of an article or a post office.
     m_isNumber = isDigits(whole) && (whole.size() == 1 || !whole.startsWith(QLatin1Char('0'))) &&
                  (point < 0 || isDigits(decimals));
-    m_whole = std::max(m_whole, sign + whole.size());
-    m_decimals = std::max(m_decimals, decimals.size());
+    m_whole = std::max(m_whole, sign + sizeOf(whole));
+    m_decimals = std::max(m_decimals, sizeOf(decimals));
 }
 
 DbfFieldDescriptor ColumnGuess::field(const QString& name) const

@@ -3,6 +3,8 @@
 
 #include "csvtext.h"
 
+#include "quickstart/utf8stream.h"
+
 #include <algorithm>
 
 namespace
@@ -56,7 +58,7 @@ void appendRow(const QVector<QByteArray>& row, QByteArray& text)
 
 CsvReader::CsvReader(QIODevice* device) : m_stream(device)
 {
-    m_stream.setCodec("UTF-8");
+    useUtf8(m_stream);
 }
 
 bool CsvReader::readRow(QStringList* row)

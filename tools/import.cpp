@@ -9,10 +9,10 @@
 #include "source.h"
 #include "terminal.h"
 
+#include <QTextCodec>
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
-#include <QtCore/QTextCodec>
 
 #include <algorithm>
 #include <memory>
@@ -151,7 +151,7 @@ void Import::guessFields()
     QVector<ColumnGuess> guesses(m_titles.size() - first);
     QStringList row;
     for (int count = 0; readRow(&row); ++count) {
-        const int size = std::min(row.size() - first, guesses.size());
+        const auto size = std::min(row.size() - first, guesses.size());
         for (int i = 0; i < size; ++i)
             guesses[i].add(row.at(first + i), m_schema.codec);
         if (count % recordsPerBlock == 0 && !m_progress.show(m_file.pos(), 2 * m_file.size()))

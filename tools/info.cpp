@@ -6,12 +6,12 @@
 #include "source.h"
 #include "terminal.h"
 
+#include <QTextCodec>
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QTextCodec>
 
 #include <limits>
 

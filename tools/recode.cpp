@@ -4,7 +4,7 @@
 #include "rewriting.h"
 #include "target.h"
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <algorithm>
 

@@ -23,7 +23,7 @@ constexpr qint64 blockBytes = 1 << 20;
 /// all that are counted, and those behind them that begin as records do.
 int keptOf(const QByteArray& block, qint64 first, const DbfTableDescriptor& header)
 {
-    const int count = block.size() / header.recordLength;
+    const auto count = static_cast<int>(block.size() / header.recordLength);
     for (int i = 0; i < count; ++i) {
         const char flag = block.at(i * header.recordLength);
         if (first + i >= qint64(header.recordCount) && flag != ' ' && flag != '*')

@@ -4,8 +4,8 @@
 #include "rewriting.h"
 #include "schematext.h"
 
+#include <QTextCodec>
 #include <QtCore/QHash>
-#include <QtCore/QTextCodec>
 
 using namespace dbf;
 
@@ -53,12 +53,13 @@ void add(DbfSchemaTransform& transform, const QString& text)
     if (!parseField(text, &field))
         refuse(QStringLiteral("%1 is no NAME:TYPE:LENGTH[:DECIMALS]").arg(text));
     requireNewName(transform, field.name);
-    transform.insertNewColumn(transform.schema.columns.size(), nullableColumn(field));
+    transform.insertNewColumn(static_cast<int>(transform.schema.columns.size()),
+                              nullableColumn(field));
 }
 
 void rename(DbfSchemaTransform& transform, const QString& text)
 {
-    const int sign = text.indexOf(QLatin1Char('='));
+    const auto sign = text.indexOf(QLatin1Char('='));
     if (sign < 0)
         refuse(QStringLiteral("%1 is no OLD=NEW").arg(text));
     const int column = columnOf(transform, text.left(sign));
@@ -87,7 +88,7 @@ void resize(DbfSchemaTransform& transform, const QString& text)
 
 void move(DbfSchemaTransform& transform, const QString& text)
 {
-    const int sign = text.lastIndexOf(QLatin1Char(':'));
+    const auto sign = text.lastIndexOf(QLatin1Char(':'));
     const int to = text.mid(sign + 1).toInt();
     if (sign < 0 || to < 1 || to > transform.schema.columns.size())
         refuse(QStringLiteral("%1 is no NAME:POSITION, counted from 1").arg(text));

@@ -5,8 +5,8 @@
 
 #include "failure.h"
 
+#include <QTextCodec>
 #include <QtCore/QFileInfo>
-#include <QtCore/QTextCodec>
 
 using namespace dbf;
 

@@ -3,7 +3,7 @@
 
 #include <dbf/converters/dbfbytearrayconverter.h>
 #include <dbf/converters/ruledconverter_p.h>
-#include <dbf/encoding/variant_p.h>
+#include <dbf/encoding/qt5values_p.h>
 
 namespace dbf
 {
@@ -16,7 +16,7 @@ DbfByteArrayConverter* DbfByteArrayConverter::instance()
 QByteArray DbfByteArrayConverter::toByteArray(const QVariant& value, const DbfSchema& /*schema*/,
                                               const DbfFieldDescriptor& /*field*/) const
 {
-    return value.toByteArray();
+    return qt5::toBytes(value);
 }
 
 QVariant DbfByteArrayConverter::toVariant(const QByteArray& bytes, const DbfSchema& /*schema*/,
@@ -27,7 +27,7 @@ QVariant DbfByteArrayConverter::toVariant(const QByteArray& bytes, const DbfSche
 
 bool DbfByteArrayConverter::convertVariant(QVariant& value) const
 {
-    return convertByQt(value, QMetaType::QByteArray);
+    return qt5::convert(value, QMetaType::QByteArray);
 }
 
 } // namespace dbf

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/dbfreadonlyconverter.h>
+#include <dbf/encoding/qt5values_p.h>
 
 namespace dbf
 {
@@ -10,7 +11,7 @@ DbfReadOnlyConverter::~DbfReadOnlyConverter() = default;
 
 bool DbfReadOnlyConverter::isWritable(const QVariant& value)
 {
-    return !value.isValid() || value.isNull();
+    return qt5::isNull(value);
 }
 
 } // namespace dbf

@@ -35,7 +35,8 @@ QByteArray DbfStringConverter::fromUnicode(const QString& text, int maxLength, Q
 {
     const int room = std::max(maxLength, 0);
     bool fits = room >= text.size();
-    QByteArray bytes = TextCodec(codec).encode(QStringView(text).left(std::min(text.size(), room)));
+    QByteArray bytes =
+        TextCodec(codec).encode(QStringView(text).left(std::min<qsizetype>(text.size(), room)));
     if (bytes.size() > room) {
         bytes.truncate(room);
         fits = false;

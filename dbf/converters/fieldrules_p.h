@@ -18,8 +18,8 @@
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/encoding/datetext_p.h>
 #include <dbf/encoding/numbertext_p.h>
+#include <dbf/encoding/qt5values_p.h>
 #include <dbf/encoding/text_p.h>
-#include <dbf/encoding/variant_p.h>
 
 #include <string_view>
 
@@ -69,12 +69,12 @@ struct TextRule {
             return;
         }
         prepareDateText(value);
-        field.codec->writeField(value.toString(), bytes, field.length);
+        field.codec->writeField(qt5::toText(value), bytes, field.length);
     }
     static bool convert(QVariant& value)
     {
         prepareDateText(value);
-        return convertByQt(value, QMetaType::QString);
+        return qt5::convert(value, QMetaType::QString);
     }
 };
 
@@ -90,7 +90,7 @@ struct LogicalRule {
     }
     static void write(const QVariant& value, const FieldContext& /*field*/, char* bytes)
     {
-        *bytes = value.toBool() ? 'T' : 'F';
+        *bytes = qt5::toBool(value) ? 'T' : 'F';
     }
     static bool convert(QVariant& value)
     {
@@ -98,7 +98,7 @@ struct LogicalRule {
             value = !number->isZero();
             return true;
         }
-        return convertByQt(value, QMetaType::Bool);
+        return qt5::convert(value, QMetaType::Bool);
     }
 };
 
@@ -114,7 +114,7 @@ struct NumberRule {
     {
         writeNumberField(floatingValue<double>(value), field.decimals, bytes, field.length);
     }
-    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::Double); }
+    static bool convert(QVariant& value) { return qt5::convert(value, QMetaType::Double); }
     static QByteArray blank(int length)
     {
         return QByteArrayLiteral("0.0").rightJustified(length, ' ', true);
@@ -131,9 +131,9 @@ struct DateRule {
     }
     static void write(const QVariant& value, const FieldContext& field, char* bytes)
     {
-        writeDateField(value.toDate(), bytes, field.length);
+        writeDateField(qt5::toDate(value), bytes, field.length);
     }
-    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::QDate); }
+    static bool convert(QVariant& value) { return qt5::convert(value, QMetaType::QDate); }
     static QByteArray blank(int length)
     {
         return QByteArrayLiteral("19000101").leftJustified(length, ' ', true);
@@ -161,42 +161,42 @@ struct BinaryRule {
 struct SmallIntRule : BinaryRule<qint16, SmallIntRule> {
     using Converter = DbfSmallIntConverter;
     static QVariant valueOf(qint16 number) { return int(number); }
-    static qint16 numberOf(const QVariant& value) { return static_cast<qint16>(value.toInt()); }
+    static qint16 numberOf(const QVariant& value) { return static_cast<qint16>(qt5::toInt(value)); }
     static bool convert(QVariant& value)
     {
         if (const std::optional<QDecNumber> number = decimalValue(value)) {
             value = int(static_cast<qint16>(decimalToInt(*number)));
             return true;
         }
-        return convertByQt(value, QMetaType::Short);
+        return qt5::convert(value, QMetaType::Short);
     }
 };
 
 struct IntRule : BinaryRule<qint32, IntRule> {
     using Converter = DbfIntConverter;
     static QVariant valueOf(qint32 number) { return number; }
-    static qint32 numberOf(const QVariant& value) { return value.toInt(); }
+    static qint32 numberOf(const QVariant& value) { return qt5::toInt(value); }
     static bool convert(QVariant& value)
     {
         if (const std::optional<QDecNumber> number = decimalValue(value)) {
             value = decimalToInt(*number);
             return true;
         }
-        return convertByQt(value, QMetaType::Int);
+        return qt5::convert(value, QMetaType::Int);
     }
 };
 
 struct LargeIntRule : BinaryRule<qint64, LargeIntRule> {
     using Converter = DbfLargeIntConverter;
     static QVariant valueOf(qint64 number) { return number; }
-    static qint64 numberOf(const QVariant& value) { return value.toLongLong(); }
+    static qint64 numberOf(const QVariant& value) { return qt5::toLongLong(value); }
     static bool convert(QVariant& value)
     {
         if (const std::optional<QDecNumber> number = decimalValue(value)) {
             value = decimalToLongLong(*number);
             return true;
         }
-        return convertByQt(value, QMetaType::LongLong);
+        return qt5::convert(value, QMetaType::LongLong);
     }
 };
 
@@ -204,14 +204,14 @@ struct BinaryDoubleRule : BinaryRule<double, BinaryDoubleRule> {
     using Converter = DbfBinaryDoubleConverter;
     static QVariant valueOf(double number) { return number; }
     static double numberOf(const QVariant& value) { return floatingValue<double>(value); }
-    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::Double); }
+    static bool convert(QVariant& value) { return qt5::convert(value, QMetaType::Double); }
 };
 
 struct BinaryFloatRule : BinaryRule<float, BinaryFloatRule> {
     using Converter = DbfBinaryFloatConverter;
     static QVariant valueOf(float number) { return number; }
     static float numberOf(const QVariant& value) { return floatingValue<float>(value); }
-    static bool convert(QVariant& value) { return convertByQt(value, QMetaType::Double); }
+    static bool convert(QVariant& value) { return qt5::convert(value, QMetaType::Double); }
 };
 
 } // namespace dbf

@@ -5,7 +5,7 @@
 #include <dbf/decimal/decimalvalue_p.h>
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/encoding/datetext_p.h>
-#include <dbf/encoding/variant_p.h>
+#include <dbf/encoding/qt5values_p.h>
 
 #include <QtCore/QDateTime>
 
@@ -24,24 +24,6 @@ constexpr int isoDateSize = 10;
 constexpr int plainDateSize = 8;
 constexpr int millisecondsPerDay = 86400000;
 
-/// Returns whether \a value is no value of any type. Qt's versions disagree on which variants that
-/// hold a null object are null themselves.
-bool isNothing(const QVariant& value)
-{
-    switch (value.userType()) {
-    case QMetaType::QString:
-        return held<QString>(value).isNull();
-    case QMetaType::QByteArray:
-        return held<QByteArray>(value).isNull();
-    case QMetaType::QDate:
-        return held<QDate>(value).isNull();
-    case QMetaType::QDateTime:
-        return held<QDateTime>(value).isNull();
-    default:
-        return value.isNull();
-    }
-}
-
 /// Returns the text of a value that holds text or bytes, trimmed; nothing for other types.
 std::optional<QString> heldText(const QVariant& value)
 {
@@ -49,7 +31,7 @@ std::optional<QString> heldText(const QVariant& value)
     case QMetaType::QString:
         return held<QString>(value).trimmed();
     case QMetaType::QByteArray:
-        return QString::fromUtf8(held<QByteArray>(value)).trimmed();
+        return qt5::fromUtf8(held<QByteArray>(value)).trimmed();
     case QMetaType::QChar:
         return QString(held<QChar>(value)).trimmed();
     default:
@@ -188,7 +170,7 @@ GivenClock clockOfText(const QString& trimmed, bool hasTime)
 
 GivenClock clockOf(const QVariant& value, bool hasTime)
 {
-    if (isNothing(value))
+    if (qt5::isNull(value))
         return {Given::Nothing, {}, 0};
     if (const std::optional<QString> text = heldText(value))
         return clockOfText(*text, hasTime);
@@ -228,7 +210,7 @@ QString clockText(const GivenClock& clock, bool hasTime, int length)
     if (milliseconds > 0)
         more << QLatin1Char('.') +
                     QString::number(milliseconds).rightJustified(3, QLatin1Char('0'));
-    for (const QString& part : qAsConst(more)) {
+    for (const QString& part : std::as_const(more)) {
         if (text.size() + part.size() > length)
             break;
         text += part;
@@ -298,7 +280,7 @@ QString fittedNumber(const QString& text, int length)
 
 GivenNumber::GivenNumber(const QVariant& value)
 {
-    if (isNothing(value)) {
+    if (qt5::isNull(value)) {
         m_given = Given::Nothing;
         return;
     }
@@ -347,7 +329,7 @@ void GivenNumber::setFloating(Number number)
 
 void GivenNumber::setDigits(std::string_view text)
 {
-    m_text.append(text.data(), static_cast<int>(text.size()));
+    m_text.append(text.data(), static_cast<ContainerSize>(text.size()));
     m_digits = DecimalText::read(viewOf(m_text));
     if (!m_digits)
         m_given = Given::Other;
@@ -369,7 +351,7 @@ GivenTruth givenTruth(const QVariant& value)
 {
     if (value.userType() == QMetaType::Bool && held<bool>(value)) // A null one holds false.
         return {Given::Value, true};
-    if (isNothing(value))
+    if (qt5::isNull(value))
         return {Given::Nothing, false};
     if (value.userType() == QMetaType::Bool)
         return {Given::Value, false};
@@ -392,7 +374,7 @@ GivenTruth givenTruth(const QVariant& value)
 
 GivenText givenText(const QVariant& value, int length)
 {
-    if (isNothing(value))
+    if (qt5::isNull(value))
         return {Given::Nothing, {}};
     const int type = value.userType();
     if (type == QMetaType::QString)
@@ -408,7 +390,7 @@ GivenText givenText(const QVariant& value, int length)
     if (const std::optional<QString> number = numberText(value))
         return {Given::Value, fittedNumber(*number, length)};
     QVariant copy = value;
-    if (!convertByQt(copy, QMetaType::QString))
+    if (!qt5::convert(copy, QMetaType::QString))
         return {Given::Other, {}};
     return {Given::Value, held<QString>(copy)};
 }

@@ -6,7 +6,7 @@
 #include <dbf/converters/valuechecker_p.h>
 #include <dbf/model/samevalue_p.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <array>
 #include <cmath>
@@ -142,11 +142,11 @@ std::optional<QString> textOf(const QVariant& value)
 {
     if (value.userType() == QMetaType::QByteArray) {
         const QByteArray bytes = value.toByteArray();
-        const QString text = QString::fromUtf8(bytes);
+        const QString text = qt5::fromUtf8(bytes);
         return text.toUtf8() == bytes ? std::optional(text) : std::nullopt;
     }
     QVariant copy = value;
-    if (!value.isValid() || value.isNull())
+    if (qt5::isNull(value))
         return QString();
     return TextRule::convert(copy) ? std::optional(copy.toString()) : std::nullopt;
 }
@@ -369,7 +369,7 @@ Problem problemIn(BinaryFloatRule rule, const Case& c)
 
 bool isNothing(const QVariant& value)
 {
-    return !value.isValid() || value.isNull() ||
+    return qt5::isNull(value) ||
            (value.userType() == QMetaType::QString && held<QString>(value).isEmpty());
 }
 

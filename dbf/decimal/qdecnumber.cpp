@@ -187,7 +187,7 @@ QDecNumber QDecNumber::read(Reader text)
     const qint64 lastExponent = decimal->exponent;
     if (digitCount == 0) {
         number.m_exponent =
-            static_cast<qint32>(qBound<qint64>(MinExponent, lastExponent, MaxExponent));
+            static_cast<qint32>(std::clamp<qint64>(lastExponent, MinExponent, MaxExponent));
         return number;
     }
     if (lastExponent + digitCount - 1 > MaxExponent)

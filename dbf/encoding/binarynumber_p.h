@@ -4,7 +4,7 @@
 #ifndef DBF_ENCODING_BINARYNUMBER_P_H
 #define DBF_ENCODING_BINARYNUMBER_P_H
 
-#include <dbf/encoding/variant_p.h>
+#include <dbf/encoding/qt5values_p.h>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QVariant>
@@ -44,7 +44,7 @@ Number floatingValue(const QVariant& value)
     if (value.userType() == type)
         return *static_cast<const Number*>(value.constData());
     QVariant copy = value;
-    return convertByQt(copy, type) ? *static_cast<const Number*>(copy.constData()) : Number(0);
+    return qt5::convert(copy, type) ? *static_cast<const Number*>(copy.constData()) : Number(0);
 }
 
 } // namespace dbf

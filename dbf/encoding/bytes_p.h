@@ -11,10 +11,21 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <string_view>
 
 namespace dbf
 {
+
+/// What sizes of Qt's containers are: 32 or 64 bits, by its version.
+using ContainerSize = QByteArray::size_type;
+
+/// Returns \a size as an int, the largest one for what is larger. Nothing of that size fits a
+/// table.
+inline int saturated(qint64 size)
+{
+    return static_cast<int>(std::min<qint64>(size, std::numeric_limits<int>::max()));
+}
 
 /// Returns a view of \a bytes.
 inline std::string_view viewOf(const QByteArray& bytes)
@@ -33,7 +44,7 @@ inline QByteArray emptyWithRoom(int size)
 /// Makes \a bytes longer by \a size and returns where the new ones are, which have any value.
 inline char* extend(QByteArray& bytes, int size)
 {
-    const int start = bytes.size();
+    const ContainerSize start = bytes.size();
     bytes.resize(start + size);
     return bytes.data() + start;
 }

@@ -131,7 +131,8 @@ void writeDateField(const QDate& date, char* field, int width)
     if (date < gregorianDate(1, 1, 1) || date > gregorianDate(9999, 12, 31)) {
         prepareDateText(date);
         const QByteArray text = date.toString(QStringLiteral("yyyyMMdd")).toLatin1();
-        std::memcpy(field, text.constData(), static_cast<size_t>(std::min(text.size(), width)));
+        std::memcpy(field, text.constData(),
+                    static_cast<size_t>(std::min<qsizetype>(text.size(), width)));
         return;
     }
     const DateParts parts = gregorianParts(date);

@@ -313,7 +313,7 @@ std::optional<double> nearestDouble(std::string_view text)
 {
     QVarLengthArray<char, longestField> characters;
     const size_t sign = !text.empty() && text.front() == '+' ? 1 : 0; // which is not taken
-    characters.append(text.data() + sign, static_cast<int>(text.size() - sign));
+    characters.append(text.data() + sign, static_cast<ContainerSize>(text.size() - sign));
     std::replace(characters.begin(), characters.end(), ',', '.');
     double number = 0.0;
     const auto result =

@@ -3,7 +3,7 @@
 
 #include <dbf/encoding/codecchoice_p.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <array>

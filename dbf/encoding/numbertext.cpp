@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/encoding/numbertext_p.h>
+#include <dbf/encoding/qt5values_p.h>
 
 #include <algorithm>
 #include <array>
@@ -125,7 +126,7 @@ double readNumber(std::string_view bytes)
         return 0.0;
     if (const std::optional<double> number = readPlainNumber(text))
         return *number;
-    return QByteArray(text.data(), static_cast<int>(text.size())).toDouble();
+    return qt5::toDouble(QByteArray(text.data(), static_cast<ContainerSize>(text.size())));
 }
 
 void writeNumberField(double number, int decimals, char* field, int width)
@@ -133,7 +134,8 @@ void writeNumberField(double number, int decimals, char* field, int width)
     std::optional<quint64> units = inUnitsOfLastDecimal(std::abs(number), decimals);
     if (!units) {
         const QByteArray formatted = QByteArray::number(number, 'f', decimals);
-        writeRightJustified(formatted.constData(), formatted.size(), field, width);
+        writeRightJustified(formatted.constData(), static_cast<int>(formatted.size()), field,
+                            width);
         return;
     }
     std::array<char, 32> text;

@@ -46,7 +46,7 @@ int zeroLowBytes(quint64 word)
 /// nothing if other than spaces stand before sixteen, or if the last eight are spaces.
 std::optional<Characters> lastSixteen(std::string_view bytes)
 {
-    const auto size = static_cast<int>(bytes.size());
+    const int size = saturated(static_cast<qint64>(bytes.size()));
     if (size < perWord || size > 3 * perWord)
         return std::nullopt;
     const char* const begin = bytes.data();

@@ -4,7 +4,7 @@
 #include <dbf/encoding/bytes_p.h>
 #include <dbf/encoding/text_p.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <atomic>
@@ -157,7 +157,7 @@ bool SingleByteTable::readPairs(const QTextCodec& codec)
             *byte++ = static_cast<char>(second);
         }
     }
-    const QString text = codec.toUnicode(bytes.constData(), bytes.size(), nullptr);
+    const QString text = codec.toUnicode(bytes.constData(), 2 * byteValues * byteValues, nullptr);
     if (!std::equal(text.cbegin(), text.cend(), bytes.cbegin(), bytes.cend(),
                     [this](QChar character, char value) { return character == unit(value); }))
         return false; // GCOVR_EXCL_LINE: as above

@@ -5,7 +5,7 @@
 #include <dbf/encoding/codecchoice_p.h>
 #include <dbf/encoding/text_p.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <cstring>
@@ -45,10 +45,11 @@ QString TextCodec::decode(std::string_view bytes) const
     if (!m_table) {
         const std::string_view content = untilZero(bytes);
         const char* const start = content.empty() ? "" : content.data(); // never a null pointer
-        const auto size = static_cast<int>(content.size());
-        return (m_codec ? m_codec->toUnicode(start, size, nullptr)
-                        : QString::fromLatin1(start, size))
-            .trimmed();
+        const int size = saturated(static_cast<qint64>(content.size()));
+        const QString text =
+            m_codec ? m_codec->toUnicode(start, size, nullptr) : QString::fromLatin1(start, size);
+        // Qt 6 asks no codec for nothing, and has a null text at once.
+        return content.empty() && text.isNull() ? QStringLiteral("") : text.trimmed();
     }
     if (bytes.size() > TextScratch::size) {
         std::vector<char16_t> units(bytes.size());
@@ -85,7 +86,7 @@ QStringView TextCodec::decodeByTable(std::string_view bytes, char16_t* units) co
 QByteArray TextCodec::encode(QStringView text) const
 {
     if (m_table) {
-        QByteArray bytes(static_cast<int>(text.size()), Qt::Uninitialized);
+        QByteArray bytes(static_cast<ContainerSize>(text.size()), Qt::Uninitialized);
         if (m_table->encode(text, bytes.data()))
             return bytes;
     }
@@ -96,8 +97,7 @@ QByteArray TextCodec::encodeByCodec(QStringView text) const
 {
     static constexpr QChar nothing; // codecs are never handed a null pointer
     const QChar* const units = text.isEmpty() ? &nothing : text.data();
-    return m_codec ? m_codec->fromUnicode(units, static_cast<int>(text.size()), nullptr)
-                   : text.toLatin1();
+    return m_codec ? m_codec->fromUnicode(units, saturated(text.size()), nullptr) : text.toLatin1();
 }
 
 void TextCodec::writeField(QStringView text, char* field, int width) const
@@ -107,7 +107,7 @@ void TextCodec::writeField(QStringView text, char* field, int width) const
     qsizetype written = content.size();
     if (!m_table || !m_table->encode(content, field)) {
         const QByteArray bytes = encodeByCodec(content);
-        written = std::min(bytes.size(), width);
+        written = std::min<qsizetype>(bytes.size(), width);
         std::memcpy(field, bytes.constData(), static_cast<size_t>(written));
     }
     std::memset(field + written, 0, static_cast<size_t>(width - written));
@@ -124,7 +124,7 @@ QString TextCodec::decodePadded(std::string_view bytes) const
         return QStringView(units, static_cast<qsizetype>(content.size())).toString();
     }
     QString text = decodeWhole(content);
-    int end = text.size();
+    ContainerSize end = text.size();
     while (end > 0 && text.at(end - 1) == QLatin1Char(' ')) // of sets whose space is no 0x20
         --end;
     text.truncate(end);
@@ -134,7 +134,7 @@ QString TextCodec::decodePadded(std::string_view bytes) const
 QString TextCodec::decodeWhole(std::string_view bytes) const
 {
     const char* const start = bytes.empty() ? "" : bytes.data(); // never a null pointer
-    const auto size = static_cast<int>(bytes.size());
+    const int size = saturated(static_cast<qint64>(bytes.size()));
     const QString text =
         m_codec ? m_codec->toUnicode(start, size, nullptr) : QString::fromLatin1(start, size);
     return text.isNull() ? QStringLiteral("") : text;

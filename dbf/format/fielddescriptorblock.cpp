@@ -34,11 +34,11 @@ QVector<DbfFieldDescriptor> parseFieldDescriptors(const QByteArray& block,
 
 QVector<DbfFieldDescriptor> parseAllFieldDescriptors(const QByteArray& block, QTextCodec* codec)
 {
-    const int count = block.size() / layout::fieldDescriptorSize;
+    const ContainerSize count = block.size() / layout::fieldDescriptorSize;
     QVector<DbfFieldDescriptor> fields;
     fields.reserve(count);
     const char* record = block.constData();
-    for (int i = 0; i < count; ++i, record += layout::fieldDescriptorSize)
+    for (ContainerSize i = 0; i < count; ++i, record += layout::fieldDescriptorSize)
         fields.append(parseFieldDescriptor(record, codec));
     return fields;
 }

@@ -37,7 +37,7 @@ public:
                schema.codec == m_schema.codec;
     }
 
-    int columnCount() const { return m_fields.size(); }
+    int columnCount() const { return saturated(m_fields.size()); }
 
     /// Returns the bytes of column \a column, which must exist.
     std::string_view slice(std::string_view image, int column) const

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/tableheader_p.h>
 #include <dbf/table/dbftable.h> // the error enumeration
@@ -9,20 +10,9 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 
 namespace dbf::format
 {
-
-namespace
-{
-
-int saturated(qint64 length)
-{
-    return static_cast<int>(std::min<qint64>(length, std::numeric_limits<int>::max()));
-}
-
-} // namespace
 
 DbfTableDescriptor parseTableDescriptor(const QByteArray& header)
 {

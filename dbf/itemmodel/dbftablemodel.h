@@ -115,13 +115,18 @@ public:
     /// call it again later.
     bool actualize();
 
+    /// Returns the number of rows, 0 below an item.
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+
+    /// Returns the number of columns, 0 below an item.
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
 
     /// Returns a column's name, its type and width as tool tip, or the number of a row's record,
     /// counted from 1.
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
+
+    /// Returns what can be done with a cell: truth values are checked, others edited.
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     /// Returns what a cell holds: its text, its value (Qt::EditRole), the mark of a truth value,

@@ -181,9 +181,9 @@ QByteArray DbfMemoFile::Private::endedMemo(qint64 position)
 {
     qint64 left = std::min(m_device->size() - position, longestMemo);
     QByteArray bytes = bytesAt(position, static_cast<int>(std::min<qint64>(left, searchStep)));
-    int searched = 0;
+    ContainerSize searched = 0;
     while (true) {
-        const int end = bytes.indexOf(layout::memo::endMarker, searched);
+        const ContainerSize end = bytes.indexOf(layout::memo::endMarker, searched);
         if (end >= 0) {
             wasText = true;
             return bytes.left(end);

@@ -15,7 +15,7 @@ QList<DbfRecordSizeOverflow> checkRecordSizeOverflow(const DbfRecord& record,
                                                      const DbfSchema& schema)
 {
     QList<DbfRecordSizeOverflow> overflows;
-    for (int i = 0; i < std::min(schema.columns.size(), record.values.size()); ++i) {
+    for (int i = 0; i < saturated(std::min(schema.columns.size(), record.values.size())); ++i) {
         // Copies, since a converter may open the table anew that the schema belongs to.
         const DbfColumn column = schema.columns.at(i);
         const QVariant value = record.values.at(i);
@@ -23,7 +23,7 @@ QList<DbfRecordSizeOverflow> checkRecordSizeOverflow(const DbfRecord& record,
             continue;
         const QByteArray bytes = converterOf(column)->toByteArray(value, schema, column.descriptor);
         if (bytes.size() > column.descriptor.length)
-            overflows.append({i, bytes.size(), column.descriptor.length});
+            overflows.append({i, saturated(bytes.size()), column.descriptor.length});
     }
     return overflows;
 }

@@ -23,7 +23,7 @@ void DbfSchema::setColumns(QVector<DbfFieldDescriptor> descriptors)
 {
     columns.clear();
     columns.reserve(descriptors.size());
-    for (const DbfFieldDescriptor& descriptor : qAsConst(descriptors))
+    for (const DbfFieldDescriptor& descriptor : std::as_const(descriptors))
         columns.append(DbfColumn(descriptor));
 }
 

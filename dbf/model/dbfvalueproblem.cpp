@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dbf/converters/valuechecker_p.h>
+#include <dbf/encoding/qt5values_p.h>
 #include <dbf/model/dbfvalueproblem.h>
 
 #include <QtCore/QLocale>
@@ -21,13 +22,13 @@ QString textOf(const QVariant& value)
         return value.value<QDecNumber>().toString();
     if (value.userType() == QMetaType::Double && std::abs(value.toDouble()) < longestWritten)
         return QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
-    return value.toString();
+    return qt5::toText(value);
 }
 
 QString shown(const QVariant& value)
 {
     constexpr int mostShown = 60;
-    if (!value.isValid() || value.isNull())
+    if (qt5::isNull(value))
         return QStringLiteral("no value");
     const bool isText = value.userType() == QMetaType::QString;
     QString text = textOf(value);

@@ -183,7 +183,7 @@ int DbfTable::refreshRecordCount()
     if (!read)
         return -1;
     const qint64 added = qint64(m_descriptor.recordCount) - before;
-    return static_cast<int>(qBound<qint64>(0, added, layout::maxRecordIndex));
+    return static_cast<int>(std::clamp<qint64>(added, 0, layout::maxRecordIndex));
 }
 
 } // namespace dbf

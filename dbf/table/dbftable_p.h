@@ -127,13 +127,13 @@ public:
 
     /// Positions the device on the slot behind the last record, once \a count slots can still be
     /// numbered and the device writes what it is given. Throws ReadError and WriteError.
-    static void seekSlotForAppending(DbfTable& table, int count);
+    static void seekSlotForAppending(DbfTable& table, qint64 count);
 
     /// Writes the images of \a records from the slot on where the device stands.
     static void writeImages(DbfTable& table, const QVector<DbfRecord>& records);
 
     /// Writes what follows \a count new records: end marker, then the count.
-    static void finishAppending(DbfTable& table, int count);
+    static void finishAppending(DbfTable& table, qint64 count);
 
     /// Puts the end marker back that a bulk append has overwritten, if one is missing.
     static void restoreEndMarker(DbfTable& table);

@@ -110,7 +110,7 @@ public:
                   const ValueChecker* checker)
         : m_isDeleted(record.isDeleted()), m_checker(checker)
     {
-        const int count = std::min(layout.columnCount(), int(record.values.size()));
+        const int count = std::min(layout.columnCount(), saturated(record.values.size()));
         for (int column = 0; column < count; ++column)
             compare(layout, viewOf(image), column, record.values.at(column));
     }
@@ -196,7 +196,7 @@ bool DbfTable::updateValues(const DbfRecord& record)
                 if (changed == image)
                     return;
                 Private::seekSlot(*this, index);
-                Private::overwrite(*this, changed, changed.size());
+                Private::overwrite(*this, changed, saturated(changed.size()));
             });
         },
         [&](DbfTableError code) {
@@ -295,7 +295,7 @@ bool DbfTable::Private::hasProblems(DbfTable& table, const QVector<DbfRecord>& r
     const ValueChecker checker(table.m_schema);
     QVector<DbfValueProblem> problems;
     int bad = 0;
-    for (int i = 0; i < records.size() && bad < mostRecords; ++i) {
+    for (int i = 0; i < saturated(records.size()) && bad < mostRecords; ++i) {
         const QVector<DbfValueProblem> found = checker.problemsOf(records.at(i), i);
         bad += found.isEmpty() ? 0 : 1;
         problems += found;
@@ -341,10 +341,10 @@ void DbfTable::Private::seekSlot(DbfTable& table, int index)
 
 // Beyond what an int numbers no index reaches the slots, and a wrapped one would name a record that
 // exists.
-void DbfTable::Private::seekSlotForAppending(DbfTable& table, int count)
+void DbfTable::Private::seekSlotForAppending(DbfTable& table, qint64 count)
 {
     requireExactWrites(table.device());
-    if (table.m_descriptor.recordCount + qint64(count) - 1 > layout::maxRecordIndex)
+    if (table.m_descriptor.recordCount + count - 1 > layout::maxRecordIndex)
         throw ReadError;
     seekSlot(table, static_cast<int>(table.m_descriptor.recordCount));
 }
@@ -353,7 +353,7 @@ void DbfTable::Private::seekSlotForAppending(DbfTable& table, int count)
 class DbfTable::Private::ImageWriter
 {
 public:
-    ImageWriter(DbfTable& table, int count)
+    ImageWriter(DbfTable& table, qint64 count)
         : m_table(table)
         , m_recordLength(table.m_descriptor.recordLength)
         , m_count(count)
@@ -364,7 +364,7 @@ public:
 
     void add(RecordLayout& layout, const DbfRecord& record)
     {
-        const int start = m_block.size();
+        const ContainerSize start = m_block.size();
         layout.append(record, m_block);
         if (m_block.size() - start < m_recordLength)
             refuse(m_table, QStringLiteral("its converters give fewer bytes than a record has"));
@@ -403,7 +403,7 @@ private:
 
     DbfTable& m_table;
     int m_recordLength;
-    int m_count;
+    qint64 m_count;
     Standing m_standing;
     QByteArray m_block;
     qint64 m_written = 0;
@@ -420,7 +420,7 @@ void DbfTable::Private::writeImages(DbfTable& table, const QVector<DbfRecord>& r
 }
 
 // The count grows last: a table that is cut off before never counts a record that is not whole.
-void DbfTable::Private::finishAppending(DbfTable& table, int count)
+void DbfTable::Private::finishAppending(DbfTable& table, qint64 count)
 {
     QIODevice* const device = table.device();
     writeEndMarker(device);

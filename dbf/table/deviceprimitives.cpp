@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/format/layout_p.h>
 #include <dbf/format/tableheader_p.h>
 #include <dbf/table/deviceidentity_p.h>
@@ -80,8 +81,8 @@ QByteArray readInBlocks(QIODevice* device, int length)
 {
     QByteArray data;
     while (data.size() < length) {
-        const int start = data.size();
-        const int size = std::min(length - start, blindBlockSize);
+        const ContainerSize start = data.size();
+        const ContainerSize size = std::min<ContainerSize>(length - start, blindBlockSize);
         data.reserve(start + size); // or resizing would make room for twice as much
         data.resize(start + size);
         if (device->read(data.data() + start, size) != size)

@@ -29,10 +29,9 @@ QByteArray resizeField(const QByteArray& bytes, int fromLength, int toLength)
 {
     if (toLength < fromLength)
         return bytes.left(std::max(toLength, 0));
-    const qint64 added = qint64(toLength) - fromLength;
-    return bytes + QByteArray(static_cast<int>(std::min<qint64>(
-                                  added, std::numeric_limits<int>::max() - bytes.size())),
-                              ' ');
+    const qint64 room = std::numeric_limits<int>::max() - qint64(bytes.size());
+    const qint64 added = std::min(qint64(toLength) - fromLength, std::max<qint64>(room, 0));
+    return bytes + QByteArray(static_cast<int>(added), ' ');
 }
 
 } // namespace dbf

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/transform/dbfschematransform.h>
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace
 
 constexpr int noSource = -1;
 
-bool isIndex(int index, int size)
+bool isIndex(int index, qsizetype size)
 {
     return index >= 0 && index < size;
 }
@@ -30,7 +31,7 @@ DbfSchemaTransform DbfSchemaTransform::identity(DbfSchema sourceSchema)
 {
     QList<int> sources;
     sources.reserve(sourceSchema.columns.size());
-    for (int i = 0; i < sourceSchema.columns.size(); ++i)
+    for (int i = 0; i < saturated(sourceSchema.columns.size()); ++i)
         sources.append(i);
     return {std::move(sourceSchema), std::move(sources)};
 }
@@ -45,7 +46,7 @@ void DbfSchemaTransform::insertNewColumn(int position, const DbfColumn& column)
     if (position < 0 || position > schema.columns.size())
         return;
     schema.columns.insert(position, column);
-    sourceIndexes.insert(std::min(position, sourceIndexes.size()), noSource);
+    sourceIndexes.insert(std::min<ContainerSize>(position, sourceIndexes.size()), noSource);
 }
 
 void DbfSchemaTransform::updateColumn(int index, const DbfFieldDescriptor& descriptor)
@@ -81,7 +82,7 @@ void DbfSchemaTransform::deleteColumn(int index)
 
 void DbfSchemaTransform::moveColumn(int from, int to)
 {
-    const int count = schema.columns.size();
+    const qsizetype count = schema.columns.size();
     if (!isIndex(from, count) || !isIndex(to, count))
         return;
     schema.columns.move(from, to);

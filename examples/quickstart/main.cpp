@@ -10,6 +10,7 @@
 #include "sampletable.h"
 #include "tableprinter.h"
 #include "targetfile.h"
+#include "utf8stream.h"
 
 #include <dbf/dbf.h>
 
@@ -45,7 +46,7 @@ const char* const usage =
 bool fail(const QString& message)
 {
     QTextStream stream(stderr);
-    stream.setCodec("UTF-8");
+    useUtf8(stream);
     stream << "quickstart: " << message << '\n';
     return false;
 }
@@ -122,7 +123,7 @@ void moveColumn(DbfSchemaTransform& transform, QTextStream& out)
 /// Inserts a blank text column after the first one.
 void insertColumn(DbfSchemaTransform& transform, QTextStream& out)
 {
-    const int position = qMin(1, transform.schema.columns.size());
+    const int position = transform.schema.columns.isEmpty() ? 0 : 1;
     const auto field = DbfFieldDescriptor::stringField(freeName(transform.schema), 20);
     out << "  insert " << field.name << " as column " << position + 1 << '\n';
     transform.insertNewColumn(position, nullableColumn(field));
@@ -215,7 +216,7 @@ int main(int argc, char* argv[])
     }
 
     QTextStream out(stdout);
-    out.setCodec("UTF-8");
+    useUtf8(out);
     catchInterruption();
     if (!run(arguments.value(0), arguments.value(1), out))
         return isInterrupted() ? exitInterrupted : exitFailure;

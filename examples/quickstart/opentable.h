@@ -8,7 +8,7 @@
 
 #include <dbf/dbf.h>
 
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 /// \file
 /// Opening a table so that its text reads right and nothing is lost.

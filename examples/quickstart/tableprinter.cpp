@@ -7,11 +7,11 @@
 
 #include <dbf/model/dbfcolumn.h>
 
+#include <QTextCodec>
 #include <QtCore/QDate>
 #include <QtCore/QDateTime>
 #include <QtCore/QLocale>
 #include <QtCore/QStringList>
-#include <QtCore/QTextCodec>
 #include <QtCore/QTextStream>
 
 #include <algorithm>
@@ -45,11 +45,11 @@ QString cell(const QString& text)
     return line.size() > widestCell ? line.left(widestCell - 3) + QLatin1String("...") : line;
 }
 
-int columnWidth(const TextTable& table, int column)
+qsizetype columnWidth(const TextTable& table, int column)
 {
-    int width = table.titles.at(column).size();
+    qsizetype width = table.titles.at(column).size();
     for (const QStringList& row : table.rows)
-        width = std::max(width, row.at(column).size());
+        width = std::max<qsizetype>(width, row.at(column).size());
     return width;
 }
 
@@ -59,7 +59,7 @@ QVector<int> widthsOnPage(const TextTable& table)
     QVector<int> widths;
     int used = 0;
     for (int column = 0; column < table.titles.size(); ++column) {
-        const int width = columnWidth(table, column);
+        const auto width = static_cast<int>(columnWidth(table, column));
         used += 2 + width;
         if (used > pageWidth && !widths.isEmpty())
             break;
@@ -95,7 +95,7 @@ void printTextTable(const TextTable& table, QTextStream& out)
     printRow(rule, table, widths, out);
     for (const QStringList& row : table.rows)
         printRow(row, table, widths, out);
-    if (const int more = table.titles.size() - widths.size())
+    if (const qsizetype more = table.titles.size() - widths.size())
         out << "  (columns not shown: " << more << ")\n";
 }
 
@@ -134,7 +134,7 @@ void printStructure(const DbfSchema& schema, QTextStream& out)
                      QStringLiteral("length"), QStringLiteral("decimals")},
                     {true, false, false, true, true},
                     {}};
-    const int shown = std::min(columnsShown, schema.columns.size());
+    const auto shown = std::min<qsizetype>(columnsShown, schema.columns.size());
     for (int i = 0; i < shown; ++i) {
         const DbfFieldDescriptor& field = schema.columns.at(i).descriptor;
         const auto letter = QString(QLatin1Char(static_cast<char>(field.type)));

@@ -65,7 +65,7 @@ bool appendGoods(DbfTable& table, int count)
 {
     QRandomGenerator random(1); // The same table every time.
     QVector<DbfRecord> records;
-    for (int done = 0; done < count; done += records.size()) {
+    for (int done = 0; done < count; done += recordsPerBlock) {
         records.clear();
         const int size = std::min(recordsPerBlock, count - done);
         for (int i = 0; i < size; ++i)
