@@ -23,8 +23,8 @@ namespace
 {
 
 constexpr int pageWidth = 100;
-constexpr int widestCell = 24;
-constexpr int columnsShown = 20;
+constexpr int widestCell = 40;
+constexpr int columnsShown = 100;
 constexpr int recordsShown = 10;
 constexpr int recordsPerRead = 500;
 
@@ -53,12 +53,12 @@ qsizetype columnWidth(const TextTable& table, int column)
     return width;
 }
 
-/// Returns the widths of the columns that fit on the page, one at least if there is any.
-QVector<int> widthsOnPage(const TextTable& table)
+/// Returns the widths of the columns from \a first on that fit on the page, one at least.
+QVector<int> widthsOnPage(const TextTable& table, int first)
 {
     QVector<int> widths;
     int used = 0;
-    for (int column = 0; column < table.titles.size(); ++column) {
+    for (int column = first; column < table.titles.size(); ++column) {
         const auto width = static_cast<int>(columnWidth(table, column));
         used += 2 + width;
         if (used > pageWidth && !widths.isEmpty())
@@ -68,35 +68,43 @@ QVector<int> widthsOnPage(const TextTable& table)
     return widths;
 }
 
-void printRow(const QStringList& row, const TextTable& table, const QVector<int>& widths,
+void printRow(const QStringList& row, const TextTable& table, int first, const QVector<int>& widths,
               QTextStream& out)
 {
     QString line;
-    for (int column = 0; column < widths.size(); ++column) {
-        const int width = widths.at(column);
-        const QString& text = row.at(column);
+    for (int i = 0; i < widths.size(); ++i) {
+        const int width = widths.at(i);
+        const QString& text = row.at(first + i);
         line += QLatin1String("  ");
-        line +=
-            table.rightAligned.at(column) ? text.rightJustified(width) : text.leftJustified(width);
+        line += table.rightAligned.at(first + i) ? text.rightJustified(width)
+                                                 : text.leftJustified(width);
     }
     while (line.endsWith(QLatin1Char(' ')))
         line.chop(1);
     out << line << '\n';
 }
 
+/// Columns that have no room beside the others follow below them.
 void printTextTable(const TextTable& table, QTextStream& out)
 {
-    const QVector<int> widths = widthsOnPage(table);
-    QStringList rule;
-    for (const int width : widths)
-        rule.append(QString(width, QLatin1Char('-')));
+    for (int first = 0; first < table.titles.size();) {
+        const QVector<int> widths = widthsOnPage(table, first);
+        QStringList rule(table.titles.mid(0, first));
+        for (const int width : widths)
+            rule.append(QString(width, QLatin1Char('-')));
 
-    printRow(table.titles, table, widths, out);
-    printRow(rule, table, widths, out);
-    for (const QStringList& row : table.rows)
-        printRow(row, table, widths, out);
-    if (const qsizetype more = table.titles.size() - widths.size())
-        out << "  (columns not shown: " << more << ")\n";
+        out << (first > 0 ? "\n" : "");
+        printRow(table.titles, table, first, widths, out);
+        printRow(rule, table, first, widths, out);
+        for (const QStringList& row : table.rows)
+            printRow(row, table, first, widths, out);
+        first += static_cast<int>(widths.size());
+    }
+}
+
+int shownColumns(const DbfSchema& schema)
+{
+    return static_cast<int>(std::min<qsizetype>(columnsShown, schema.columns.size()));
 }
 
 QString hexByte(unsigned char byte)
@@ -134,7 +142,7 @@ void printStructure(const DbfSchema& schema, QTextStream& out)
                      QStringLiteral("length"), QStringLiteral("decimals")},
                     {true, false, false, true, true},
                     {}};
-    const auto shown = std::min<qsizetype>(columnsShown, schema.columns.size());
+    const int shown = shownColumns(schema);
     for (int i = 0; i < shown; ++i) {
         const DbfFieldDescriptor& field = schema.columns.at(i).descriptor;
         const auto letter = QString(QLatin1Char(static_cast<char>(field.type)));
@@ -150,13 +158,14 @@ void printStructure(const DbfSchema& schema, QTextStream& out)
 void printRecords(const QVector<DbfRecord>& records, const DbfSchema& schema, QTextStream& out)
 {
     TextTable table{{QStringLiteral(" ")}, {false}, {}};
-    for (const DbfColumn& column : schema.columns) {
-        table.titles.append(cell(column.descriptor.name));
-        table.rightAligned.append(isNumber(column.descriptor));
+    for (int i = 0; i < shownColumns(schema); ++i) {
+        const DbfFieldDescriptor& field = schema.columns.at(i).descriptor;
+        table.titles.append(cell(field.name));
+        table.rightAligned.append(isNumber(field));
     }
     for (const DbfRecord& record : records) {
         QStringList row{record.isDeleted() ? QStringLiteral("*") : QStringLiteral(" ")};
-        for (int i = 0; i < schema.columns.size(); ++i)
+        for (int i = 0; i < shownColumns(schema); ++i)
             row.append(cell(valueText(record.values.at(i), schema.columns.at(i).descriptor)));
         table.rows.append(row);
     }
