@@ -145,7 +145,7 @@ void restructuresAll(FuzzedDataProvider& choices, const TableFile& file)
             [&](DbfSchemaTransform& transform) {
                 if (edits)
                     edit(choices, transform);
-                columns = transform.schema.columns.size();
+                columns = static_cast<int>(transform.schema.columns.size());
             },
             drawn.options, error);
     });
