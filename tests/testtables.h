@@ -96,6 +96,18 @@ struct OpenTable {
     dbf::DbfTable table;
 };
 
+/// A table in a file, opened as Qt opens files by default.
+struct OpenFile {
+    explicit OpenFile(const QString& path, QIODevice::OpenMode mode = QIODevice::ReadWrite)
+        : file(path), table(&file)
+    {
+        table.open(mode);
+    }
+
+    QFile file;
+    dbf::DbfTable table;
+};
+
 /// A caller's own converter: passes bytes through, notes what it is given, throws when told to.
 class SpyConverter : public dbf::DbfFieldConverter
 {

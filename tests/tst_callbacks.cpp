@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
+#include "columns.h"
 #include "testtables.h"
 
-#include <QtCore/QBuffer>
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QtTest>
 
 #include <functional>
+#include <utility>
 
 using namespace dbf;
 using namespace testtables;
@@ -53,11 +53,10 @@ public:
 
 /// A table in a file, its records known, with a converter that meddles.
 struct MeddledTable {
-    explicit MeddledTable(const QString& path, int count) : file(path), table(&file)
+    explicit MeddledTable(const QString& path)
     {
-        for (int i = 0; i < count; ++i)
-            records << image("old " + QByteArray::number(i));
         writeFile(path, tableOf(records).bytes());
+        file.setFileName(path);
         table.open(QIODevice::ReadWrite);
         install();
     }
@@ -91,19 +90,23 @@ struct MeddledTable {
 
     QFile file;
     Meddler meddler;
-    DbfTable table;
-    QVector<QByteArray> records;
+    DbfTable table{&file};
+    QVector<QByteArray> records{image("old 0"), image("old 1"), image("old 2")};
 };
 
-using Deed = std::function<void(MeddledTable&)>;
-using Write = std::function<bool(MeddledTable&)>;
+/// What a converter does when it is called, and what becomes of the write that calls it.
 enum Effect { Nothing, Appends, Refused };
+struct Deed {
+    const char* name;
+    std::function<void(MeddledTable&)> run;
+    Effect effect;
+};
+using Write = std::function<bool(MeddledTable&)>;
 
 } // namespace
 
 Q_DECLARE_METATYPE(Deed)
 Q_DECLARE_METATYPE(Write)
-Q_DECLARE_METATYPE(Effect)
 
 /// What converters and callbacks of a caller's own may do with the table that calls them.
 class TestCallbacks : public QObject
@@ -113,16 +116,8 @@ class TestCallbacks : public QObject
 private slots:
     void writesLandWhereTheyBelong_data()
     {
-        QTest::addColumn<Write>("write");
-        QTest::addColumn<int>("meddledCall");
-        QTest::addColumn<Deed>("deed");
-        QTest::addColumn<Effect>("effect");
-        struct NamedDeed {
-            const char* name;
-            Deed deed;
-            Effect effect;
-        };
-        const QVector<NamedDeed> deeds{
+        addColumns<Write, int, Deed>({"write", "meddledCall", "deed"});
+        const Deed deeds[] = {
             {"reads", [](MeddledTable& t) { t.table.readRecord(0); }, Nothing},
             {"looks at a flag", [](MeddledTable& t) { t.table.isRecordDeleted(1); }, Nothing},
             {"walks", [](MeddledTable& t) { DbfRecordCursor(t.table).next(); }, Nothing},
@@ -135,17 +130,13 @@ private slots:
             {"opens", [](MeddledTable& t) { t.file.seek(0), t.table.open({}); }, Refused},
         };
         const auto rows = [&](const QByteArray& name, int call, const Write& write) {
-            for (const NamedDeed& deed : deeds)
-                QTest::newRow(name + ' ' + deed.name)
-                    << write << call << deed.deed
-                    << (deed.effect == Appends && call > 2 ? Refused : deed.effect);
+            for (const Deed& deed : deeds)
+                QTest::newRow(name + ' ' + deed.name) << write << call << deed;
         };
         rows("update", 1, [](MeddledTable& t) { return t.update(2, "outer"); });
         rows("update of values", 2, [](MeddledTable& t) {
             const bool updated = t.table.updateValues({2, {QByteArray("outer")}});
-            if (updated)
-                t.records[2] = image("outer");
-            return updated;
+            return updated && (t.records[2] = image("outer"), true);
         });
         rows("checked update", 1, [](MeddledTable& t) {
             t.table.setCheckingValues(true);
@@ -162,15 +153,16 @@ private slots:
         QFETCH(Write, write);
         QFETCH(int, meddledCall);
         QFETCH(Deed, deed);
-        QFETCH(Effect, effect);
-        MeddledTable t(m_folder.filePath("a.dbf"), 3);
+        const bool isRefused =
+            deed.effect == Refused || (deed.effect == Appends && meddledCall > 2);
+        MeddledTable t(path());
         int calls = 0;
         t.meddler.deed = [&] {
             if (++calls == meddledCall)
-                deed(t);
+                deed.run(t);
         };
-        QCOMPARE(write(t), effect != Refused);
-        QCOMPARE(t.table.lastError(), effect == Refused ? DbfTable::WriteError : DbfTable::NoError);
+        QCOMPARE(write(t), !isRefused);
+        QCOMPARE(t.table.lastError(), isRefused ? DbfTable::WriteError : DbfTable::NoError);
         QCOMPARE(t.table.recordCount(), t.records.size());
         QVERIFY(t.holdsItsRecords());
     }
@@ -180,27 +172,25 @@ private slots:
     {
         const QByteArray other = Table{{field("X", 'C', 99)}, {QByteArray(100, ' ')}}.bytes();
         const QByteArray same = tableOf({image("new"), image("new"), image("new")}).bytes();
-        for (int i = 0; i < 8;
-             ++i) { // by the converter or progress, other or same, reopened or not
+        // By the converter or progress, other or same, reopened or not.
+        for (int i = 0; i < 8; ++i) {
             const bool byProgress = i & 1;
             const bool reopens = i & 2;
-            MeddledTable t(m_folder.filePath("a.dbf"), 3);
+            MeddledTable t(path());
             RecordingDevice target;
             const auto replace = [&] {
-                QFile::remove(t.file.fileName());
-                writeFile(t.file.fileName(), i & 4 ? other : same);
-                if (reopens)
-                    QVERIFY(t.table.reopen());
+                QFile::remove(path());
+                writeFile(path(), i & 4 ? other : same);
+                return !reopens || t.table.reopen();
             };
             DbfSchemaTransform transform = identityOf(t.table);
             transform.schema.columns[0].setConverter(DbfStringConverter::instance());
             if (!byProgress)
                 t.meddler.deed = replace;
-            const auto progress = [&](int, int) { return byProgress ? (replace(), true) : true; };
+            const auto progress = [&](int, int) { return !byProgress || replace(); };
             QCOMPARE(t.table.copyAndTransform(&target, transform, progress), !reopens);
             QCOMPARE(target.isOpen(), reopens);
             QVERIFY(!t.table.hasError());
-            t.file.close();
         }
     }
 
@@ -218,21 +208,18 @@ private slots:
         QVERIFY(cursor.next());
         bool isNested = false;
         meddler.deed = [&] {
-            if (isNested)
+            if (std::exchange(isNested, true))
                 return;
-            isNested = true;
             QCOMPARE(cursor.value(1).toByteArray().at(8), 'b');
             for (int i = 0; i < 6000; ++i)
                 cursor.next();
             cursor.record();
             isNested = false;
         };
-        for (const int expected : {0, 6000, 18000}) { // a record has two values to read
-            const QVector<QVariant> read =
-                expected == 0 ? QVector<QVariant>{cursor.value(0)} : cursor.record().values;
-            for (const QVariant& value : read)
-                QVERIFY(value.toByteArray().startsWith(QByteArray::number(expected)));
-        }
+        QVERIFY(cursor.value(0).toByteArray().startsWith("0a"));
+        for (const char* expected : {"6000", "18000"}) // a record has two values to read
+            for (const QVariant& value : cursor.record().values)
+                QVERIFY(value.toByteArray().startsWith(expected));
     }
 
     // Blocks are out when the device, which a converter has moved, does not go back.
@@ -255,7 +242,7 @@ private slots:
 
     void modeThatIsSwitchedMeanwhileIsRefused()
     {
-        MeddledTable t(m_folder.filePath("a.dbf"), 3);
+        MeddledTable t(path());
         t.meddler.deed = [&] { t.file.setTextModeEnabled(true); };
         QVERIFY(!t.update(1, "a\nb"));
         QCOMPARE(t.table.lastError(), DbfTable::WriteError);
@@ -265,7 +252,7 @@ private slots:
 
     void sizeCheckSurvivesAnOpening()
     {
-        MeddledTable t(m_folder.filePath("a.dbf"), 1);
+        MeddledTable t(path());
         t.meddler.deed = [&] { t.table.reopen(); };
         QVERIFY(
             checkRecordSizeOverflow({0, {"longer than the field"}}, t.table.schema()).isEmpty());
@@ -277,6 +264,8 @@ private slots:
     }
 
 private:
+    QString path() const { return m_folder.filePath("a.dbf"); }
+
     QTemporaryDir m_folder;
 };
 

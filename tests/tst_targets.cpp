@@ -43,7 +43,13 @@ public:
     }
 
 protected:
-    qint64 readData(char*, qint64) override { return -1; }
+    qint64 readData(char* data, qint64 size) override
+    {
+        const QByteArray bytes = arrived.left(static_cast<int>(size));
+        arrived.remove(0, bytes.size());
+        std::copy(bytes.begin(), bytes.end(), data);
+        return bytes.size();
+    }
     qint64 writeData(const char* data, qint64 size) override
     {
         m_kept.append(data, static_cast<int>(size));

@@ -60,6 +60,15 @@ std::string rounded(const DecimalText& number, int decimals)
     return text.substr(text.find_first_not_of(' '));
 }
 
+/// Whether \a found, which a field stores, is a number that is \a expected with so many decimals.
+bool isStoredAs(const std::string& expected, const std::optional<DecimalText>& found, int decimals)
+{
+    if (!found)
+        return false;
+    const std::string text = rounded(*found, decimals);
+    return text == expected;
+}
+
 bool isSameNumber(const DecimalText& a, const DecimalText& b)
 {
     return rounded(a, manyDecimals) == rounded(b, manyDecimals);
@@ -113,7 +122,7 @@ Problem numberTextProblem(const Case& c, std::string_view stored, bool keepsNoth
     const std::string expected = rounded(number.digits(), c.field.decimals);
     const std::string_view found = trimmedAscii(untilZero(stored));
     const std::optional<DecimalText> digits = DecimalText::read(found);
-    if (digits && rounded(*digits, c.field.decimals) == expected)
+    if (isStoredAs(expected, digits, c.field.decimals))
         return std::nullopt;
     if (static_cast<int>(expected.size()) > c.field.length)
         return Reason::TooLarge;
@@ -285,7 +294,7 @@ Problem exactProblem(const Case& c, const QByteArray& stored, int decimals, qint
         return problem;
     const std::string expected = rounded(number.digits(), decimals);
     const std::optional<DecimalText> digits = DecimalText::read(viewOf(stored));
-    if (digits && rounded(*digits, decimals) == expected)
+    if (isStoredAs(expected, digits, decimals))
         return std::nullopt;
     const qint64 whole = unitsOfDecimal(number.digits(), 0);
     return whole <= lowest || whole >= highest ? Reason::TooLarge : Reason::Changed;

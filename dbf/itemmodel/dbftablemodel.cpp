@@ -441,9 +441,9 @@ QVariant DbfTableModel::headerData(int section, Qt::Orientation orientation, int
     const DbfFieldDescriptor& field = d->table.schema().columns.at(section).descriptor;
     if (role == Qt::DisplayRole)
         return field.name;
-    const QString size = field.decimals > 0
-                             ? QStringLiteral("%1,%2").arg(field.length).arg(field.decimals)
-                             : QString::number(field.length);
+    QString size = QString::number(field.length);
+    if (field.decimals > 0)
+        size += QLatin1Char(',') + QString::number(field.decimals);
     return QStringLiteral("%1(%2)").arg(QLatin1Char(static_cast<char>(field.type))).arg(size);
 }
 

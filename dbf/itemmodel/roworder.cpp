@@ -51,7 +51,10 @@ std::optional<long double> numberOf(const QVariant& value)
 
 bool isBlank(const QVariant& value)
 {
-    return isText(value) ? value.toString().trimmed().isEmpty() : value.isNull();
+    if (!isText(value))
+        return value.isNull();
+    const QString text = value.toString();
+    return QStringView(text).trimmed().isEmpty();
 }
 
 /// The value of a filter as a cell of the type of \a cell would have it.

@@ -198,10 +198,9 @@ QString DbfTable::Private::unreadable(const DbfTable& table, qint64 first, qint6
 QString DbfTable::Private::unwritable(const DbfTable& table, qint64 first, qint64 count)
 {
     const qint64 total = table.m_descriptor.recordCount;
-    const QString what =
-        first < total
-            ? errortext::records(first, count, total) + QStringLiteral(" cannot be written")
-            : QStringLiteral("No record can be appended to %1").arg(total);
+    QString what = QStringLiteral("No record can be appended to %1").arg(total);
+    if (first < total)
+        what = errortext::records(first, count, total) + QStringLiteral(" cannot be written");
     if (table.d && !table.d->reason.isEmpty())
         return errortext::because(what, table.d->reason);
     const QString obstacle = errortext::obstacle(table.device(), true);
