@@ -184,9 +184,10 @@ private slots:
                 if (i % 5 == 0)
                     text += randomBytes(random, " \t\n", 2);
             }
-            double expected = text.trimmed().toDouble();
+            const QByteArray trimmed = text.trimmed();
+            double expected = trimmed.toDouble();
             char* end = nullptr; // What is too large is infinite, which Qt 6 has as 0.
-            const double known = strtod(text.trimmed().constData(), &end);
+            const double known = strtod(trimmed.constData(), &end);
             if (std::isinf(known) && *end == '\0')
                 expected = known;
             const double read = DbfDoubleConverter::instance()->toVariant(text, {}, {}).toDouble();

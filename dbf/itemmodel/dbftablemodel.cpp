@@ -475,7 +475,7 @@ QVariant DbfTableModel::data(const QModelIndex& index, int role) const
         return {};
     if (role == DeletedRole)
         return shown.isDeleted();
-    const QVariant cell = shown.values.at(index.column());
+    QVariant cell = shown.values.at(index.column());
     if (role == Qt::EditRole || role == ValueRole)
         return cell;
     if (!isCheck)
