@@ -18,7 +18,7 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QTableView>
-#include <QtWidgets/QToolBar>
+#include <QtWidgets/QToolTip>
 
 using namespace dbf;
 
@@ -78,7 +78,8 @@ private slots:
         QCOMPARE(value(0, Price).toDouble(), 12.5);
         edit(0, Price, "12345678901");
         QCOMPARE(value(0, Price).toDouble(), 12.5);
-        QVERIFY(m_window->statusBar()->currentMessage().contains("12345678901 does not fit"));
+        QTRY_VERIFY(QToolTip::text().contains("does not fit 10 places"));
+        QCOMPARE(m_window->statusBar()->currentMessage(), QToolTip::text());
     }
 
     void recordsAreAddedDeletedAndRestored()
