@@ -33,8 +33,9 @@ enum class Texts { InPlace, Copied };
 
 int lengthOfText(const QVariant& value, Texts texts)
 {
-    return texts == Texts::Copied ? value.toString().size()
-                                  : static_cast<const QString*>(value.constData())->size();
+    return texts == Texts::Copied
+               ? static_cast<int>(value.toString().size())
+               : static_cast<int>(static_cast<const QString*>(value.constData())->size());
 }
 
 // Texts are looked at where they are, as those of the others. Copied ones show what it adds to take

@@ -76,7 +76,7 @@ double contribution(const QVariant& value, char type)
     case 'L':
         return value.toBool() ? 1 : 0;
     default:
-        return static_cast<const QString*>(value.constData())->size();
+        return static_cast<double>(static_cast<const QString*>(value.constData())->size());
     }
 }
 
