@@ -9,6 +9,8 @@
 #include <QtCore/QDate>
 #include <QtCore/QFileInfo>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <functional>
 #include <iterator>
@@ -70,6 +72,16 @@ Sums readRecords(const std::string& path, Texts texts)
     return sums;
 }
 
+Sums readRecordByRecord(const std::string& path)
+{
+    OpenTable source(path);
+    Sums sums{};
+    dbf::DbfRecordCursor cursor(source.table);
+    while (cursor.next())
+        addRecord(sums, cursor.record());
+    return sums;
+}
+
 Sums readWithCursor(const std::string& path)
 {
     OpenTable source(path);
@@ -97,28 +109,49 @@ Sums readTwoColumns(const std::string& path)
     return sums;
 }
 
-// Unbuffered, since QFile otherwise reads 16 KiB ahead for each record of 168 bytes.
-Sums readRandomRecords(const std::string& path, const std::vector<int>& indexes)
+Sums readRandomRecords(const std::string& path, const std::vector<int>& indexes,
+                       QIODevice::OpenMode mode)
 {
-    OpenTable source(path, QIODevice::ReadOnly | QIODevice::Unbuffered);
+    OpenTable source(path, mode);
     Sums sums{};
     for (const int index : indexes)
         addRecord(sums, source.table.readRecord(index));
     return sums;
 }
 
-/// The floor of random reading: the device calls alone. The number of bytes is the first sum.
+/// The floor of random reading: one call to the kernel for each record. The number of bytes is the
+/// first sum.
 Sums readRandomImages(const std::string& path, const std::vector<int>& indexes)
 {
     QFile file(QString::fromStdString(path));
     file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     char image[recordLength];
     qint64 total = 0;
-    for (const qint64 index : indexes) {
-        file.seek(headerLength + index * recordLength);
-        total += file.read(image, recordLength);
-    }
+    for (const qint64 index : indexes)
+        total += ::pread(file.handle(), image, recordLength, headerLength + index * recordLength);
     return {static_cast<double>(total)};
+}
+
+/// The floor of reading records: their values are made, with nothing in them, and looked at.
+Sums makeValues(int records)
+{
+    Sums sums{};
+    for (int i = 0; i < records; ++i) {
+        dbf::DbfRecord record(i, QVector<QVariant>(columnCount));
+        for (int column = 0; column < columnCount; ++column) {
+            if (column == Weight)
+                record.values[column] = 0.0;
+            else if (column == Sold)
+                record.values[column] = QDate();
+            else if (column == Active)
+                record.values[column] = false;
+            else
+                record.values[column] =
+                    QString(columns[static_cast<size_t>(column)].length / 2, Qt::Uninitialized);
+        }
+        addRecord(sums, record);
+    }
+    return sums;
 }
 
 /// The floor of all reading: the file's bytes alone. Their number stands in for the first sum.
@@ -214,8 +247,14 @@ void addWorkloads(const Table& table)
             [=] { return readRecords(path, Texts::Copied); });
     addRead("dbftable", "cursor", all, records, [=] { return readWithCursor(path); });
     addRead("dbftable", "cursorTwoColumns", two, records, [=] { return readTwoColumns(path); });
+    addRead("dbftable", "cursorRecord", all, records, [=] { return readRecordByRecord(path); });
+    const QIODevice::OpenMode buffered = QIODevice::ReadOnly;
+    addRead("dbftable", "readRecordBuffered", random, lookupCount,
+            [=] { return readRandomRecords(path, indexes, buffered); });
     addRead("dbftable", "readRecord", random, lookupCount,
-            [=] { return readRandomRecords(path, indexes); });
+            [=] { return readRandomRecords(path, indexes, buffered | QIODevice::Unbuffered); });
+    addRead("floor", "makeValues", makeValues(records), records,
+            [=] { return makeValues(records); });
     addRead("floor", "readRandom", {double(lookupCount) * recordLength}, lookupCount,
             [=] { return readRandomImages(path, indexes); });
 #ifdef BENCH_SHAPELIB
