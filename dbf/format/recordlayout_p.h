@@ -84,6 +84,16 @@ public:
                (isTextKind(kind(column)) && !m_textCodec.isTabulated());
     }
 
+    /// Whether reading any column does.
+    bool callsOut() const
+    {
+        for (int column = 0; column < columnCount(); ++column) {
+            if (callsOut(column))
+                return true;
+        }
+        return false;
+    }
+
 private:
     struct Field {
         const DbfColumn* column;

@@ -22,8 +22,13 @@ bool DbfTable::open(QIODevice::OpenMode mode)
     if (hasError())
         return false;
     const bool isRefused = !(mode & QIODevice::ReadWrite) && warnsWithoutAccess(device());
-    if (!m_device || (!m_device->isOpen() && (isRefused || !m_device->open(mode))))
+    if (!m_device)
         return Private::openingFailed(*this);
+    if (!m_device->isOpen()) {
+        if (isRefused || !m_device->open(mode))
+            return Private::openingFailed(*this);
+        Private::of(*this).plainFile.adopt(device());
+    }
 
     DbfTableDescriptor header;
     return Private::recordingErrors(

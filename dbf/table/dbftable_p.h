@@ -9,6 +9,7 @@
 #include <dbf/table/dbftable.h>
 #include <dbf/table/deviceprimitives_p.h>
 #include <dbf/table/errortext_p.h>
+#include <dbf/table/plainfile_p.h>
 
 #include <memory>
 #include <optional>
@@ -116,6 +117,29 @@ public:
     /// table anew or closed it meanwhile.
     static bool hasProblems(DbfTable& table, const QVector<DbfRecord>& records);
 
+    /// Reads the first \a length bytes of slot \a index as they are in the file at that moment.
+    /// Returns false, with no call made that a device of a caller's own sees, if the table's device
+    /// is no plain file or does not have them.
+    static bool readPlainly(DbfTable& table, int index, char* data, int length);
+
+    /// Returns the image of record \a index as it is at that moment. Throws ReadError.
+    static QByteArray readImage(DbfTable& table, int index);
+
+    /// Appends the \a count records of \a images, of which \a first is the first one's index.
+    static void parse(RecordLayout& layout, std::string_view images, int count, qint64 first,
+                      QVector<DbfRecord>& records);
+
+    /// Appends \a count records from \a first on of a plain file, piece by piece. Returns false,
+    /// with no call made that a device of a caller's own sees, where there are not so many, or a
+    /// converter or codec of a caller's own could come between the pieces.
+    static bool readPieces(DbfTable& table, int first, int count, QVector<DbfRecord>& records);
+
+    /// Writes the first \a size of \a bytes where the device stands. Throws WriteError.
+    static void write(DbfTable& table, const QByteArray& bytes, int size);
+
+    /// Writes \a image, a whole record, and the end marker. Throws WriteError.
+    static void writeLastImage(DbfTable& table, const QByteArray& image);
+
     /// Positions the device on slot \a index, 0 to the record count. Throws ReadError when it
     /// cannot be reached, or begins behind the end of a file: a write would leave a hole there,
     /// which reads as records.
@@ -132,8 +156,11 @@ public:
     /// Writes the images of \a records from the slot on where the device stands.
     static void writeImages(DbfTable& table, const QVector<DbfRecord>& records);
 
-    /// Writes what follows \a count new records: end marker, then the count.
+    /// Hands on \a count new records with the end marker behind them, then writes the count.
     static void finishAppending(DbfTable& table, qint64 count);
+
+    /// Writes the count into the header of a plain file. Returns false where that is not possible.
+    static bool writeCountPlainly(DbfTable& table);
 
     /// Puts the end marker back that a bulk append has overwritten, if one is missing.
     static void restoreEndMarker(DbfTable& table);
@@ -154,6 +181,8 @@ public:
     bool isCheckingValues = false;
     QVector<DbfValueProblem> valueProblems;
     std::unique_ptr<RecordLayout> keptLayout;
+    PlainFile plainFile;           ///< The device, as long as it is one.
+    QByteArray piece;              ///< What it is read into, kept since giving it back costs more.
     quint64 openings = 0;          ///< Successful ones.
     quint64 changes = 0;           ///< How often a header was read or the table closed.
     quint64 appends = 0;           ///< How often records were written behind the last one.

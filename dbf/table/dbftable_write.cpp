@@ -9,6 +9,8 @@
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceprimitives_p.h>
 
+#include <QtCore/QtEndian>
+
 #include <algorithm>
 #include <utility>
 
@@ -177,7 +179,7 @@ bool DbfTable::updateValues(const DbfRecord& record)
         *this,
         [this, index, record] {
             requireExactWrites(device());
-            QByteArray image = readRecordData(device(), index, m_descriptor);
+            QByteArray image = Private::readImage(*this, index);
             Private::usingLayout(*this, [&](RecordLayout& layout) {
                 const Private::Standing standing(*this);
                 const quint64 updates = Private::of(*this).updates;
@@ -191,7 +193,7 @@ bool DbfTable::updateValues(const DbfRecord& record)
                 if (!changes.problems().isEmpty())
                     return;
                 if (updates != Private::of(*this).updates)
-                    image = readRecordData(device(), index, m_descriptor);
+                    image = Private::readImage(*this, index);
                 const QByteArray changed = changes.appliedTo(image);
                 if (changed == image)
                     return;
@@ -235,7 +237,7 @@ bool DbfTable::appendRecord(const DbfRecord& record)
             Private::requireWholeImage(*this, image);
             Private::writingWhole(*this, [&] {
                 ++Private::of(*this).appends;
-                writeData(device(), image, m_descriptor.recordLength);
+                Private::writeLastImage(*this, image);
                 Private::finishAppending(*this, 1);
             });
         });
@@ -251,6 +253,8 @@ bool DbfTable::appendRecords(const QVector<DbfRecord>& records)
         try {
             Private::writingWhole(*this, [&] {
                 Private::writeImages(*this, records);
+                if (!Private::of(*this).plainFile.write(device(), &layout::endMarker, 1))
+                    writeEndMarker(device());
                 Private::finishAppending(*this, records.size());
             });
         } catch (...) {
@@ -322,9 +326,30 @@ void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int 
 {
     ++of(table).updates;
     writingWhole(table, [&] {
-        writeData(table.device(), bytes, size);
+        write(table, bytes, size);
         flushWrites(table.device());
     });
+}
+
+void DbfTable::Private::write(DbfTable& table, const QByteArray& bytes, int size)
+{
+    const bool isWhole = size > 0 && size <= bytes.size();
+    if (!isWhole || !of(table).plainFile.write(table.device(), bytes.constData(), size))
+        writeData(table.device(), bytes, size);
+}
+
+void DbfTable::Private::writeLastImage(DbfTable& table, const QByteArray& image)
+{
+    const int length = table.m_descriptor.recordLength;
+    PlainFile& file = of(table).plainFile;
+    if (file.isReady(table.device())) {
+        QByteArray bytes = emptyWithRoom(length + layout::endMarkerSize);
+        bytes.append(image.constData(), length).append(layout::endMarker);
+        if (file.write(table.device(), bytes.constData(), bytes.size()))
+            return;
+    }
+    writeData(table.device(), image, length);
+    writeEndMarker(table.device());
 }
 
 void DbfTable::Private::seekSlot(DbfTable& table, int index)
@@ -336,7 +361,8 @@ void DbfTable::Private::seekSlot(DbfTable& table, int index)
         of(table).reason = QStringLiteral("the file ends before its place");
         throw ReadError;
     }
-    seekRecord(table.device(), index, table.m_descriptor, 0);
+    if (!of(table).plainFile.standAt(table.device(), recordOffset(index, table.m_descriptor)))
+        seekRecord(table.device(), index, table.m_descriptor, 0);
 }
 
 // Beyond what an int numbers no index reaches the slots, and a wrapped one would name a record that
@@ -383,7 +409,7 @@ public:
             return;
         of(m_table).missingEndMarker = endOfRecords(m_table.m_descriptor);
         ++of(m_table).appends;
-        writeData(m_table.device(), m_block, m_block.size());
+        write(m_table, m_block, m_block.size());
         m_written += m_block.size();
         m_block.resize(0);
         m_standing = Standing(m_table);
@@ -419,17 +445,27 @@ void DbfTable::Private::writeImages(DbfTable& table, const QVector<DbfRecord>& r
     });
 }
 
+bool DbfTable::Private::writeCountPlainly(DbfTable& table)
+{
+    char bytes[layout::recordCountSize];
+    qToLittleEndian<quint32>(table.m_descriptor.recordCount, bytes);
+    PlainFile& file = of(table).plainFile;
+    return file.standAt(table.device(), layout::recordCountOffset) &&
+           file.write(table.device(), bytes, layout::recordCountSize);
+}
+
 // The count grows last: a table that is cut off before never counts a record that is not whole.
 void DbfTable::Private::finishAppending(DbfTable& table, qint64 count)
 {
     QIODevice* const device = table.device();
-    writeEndMarker(device);
     flushWrites(device);
     Private& kept = of(table);
     kept.missingEndMarker.reset();
     DbfTableDescriptor& header = table.m_descriptor;
     header.recordCount += static_cast<quint32>(count);
     kept.fileEnd = std::max(*kept.fileEnd, endOfRecords(header) + layout::endMarkerSize);
+    if (writeCountPlainly(table))
+        return;
     updateRecordCount(device, header.recordCount);
     try {
         flushWrites(device);
