@@ -83,6 +83,12 @@ void RecordTransformer::addStep(Step step)
     m_steps.push_back(std::move(step));
 }
 
+bool RecordTransformer::isIdentity() const
+{
+    return m_steps.size() == 1 && m_steps.front().action == Action::CopyBytes &&
+           m_steps.front().offset == layout::deletionFlagSize;
+}
+
 void RecordTransformer::append(std::string_view image, QByteArray& target)
 {
     target.append(image.empty() ? layout::liveFlag : image.front());

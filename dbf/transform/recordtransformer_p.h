@@ -28,6 +28,9 @@ public:
     /// without a valid source.
     void append(std::string_view image, QByteArray& target);
 
+    /// Whether images are taken over as they are, if those of the target are as long.
+    bool isIdentity() const;
+
     /// Returns the values of \a image, record \a index of the source, that would not mean the same
     /// in their new columns, which \a checker knows.
     QVector<DbfValueProblem> problemsOf(std::string_view image, int index,

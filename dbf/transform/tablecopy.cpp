@@ -8,10 +8,14 @@
 #include <dbf/table/dbftable_p.h>
 #include <dbf/table/deviceidentity_p.h>
 #include <dbf/table/deviceprimitives_p.h>
+#include <dbf/table/plainfile_p.h>
 #include <dbf/transform/dbfcopyoptions.h>
 #include <dbf/transform/recordtransformer_p.h>
 
+#include <QtCore/QFile>
+
 #include <algorithm>
+#include <utility>
 
 namespace dbf
 {
@@ -20,6 +24,10 @@ namespace
 {
 
 constexpr int maxBatchSize = 8388608; // bytes
+
+// What is read and written at a time between plain files, small enough to stay in the processor's
+// cache.
+constexpr int plainBlockSize = 131072; // bytes
 
 } // namespace
 
@@ -54,8 +62,13 @@ private:
     void requireSameTable() const;
     void writeStart(NewTableDevice& device);
     bool copyRecords(QIODevice* target);
-    QByteArray readBatch(int first, int count);
-    void copyBatch(const QByteArray& images, int first, QIODevice* target);
+    void requireReadable(int first, int count);
+    QByteArray readImages(int first, int count);
+    void copyBatch(int first, int count, QIODevice* target);
+    bool copyWithinSystem(int first, int count, QFile& source, QFile& target);
+    void copyImages(const QByteArray& images, int first, QIODevice* target);
+    void appendImage(std::string_view image);
+    void writeGathered(QIODevice* target);
     void requireKeptValues(std::string_view image, int index);
     bool isKept(const char* image) const
     {
@@ -74,12 +87,15 @@ private:
     const int m_count;
     quint32 m_kept; // records of the copy
     quint32 m_written = 0;
-    int m_batchStart = 0; // of the last batch read
-    int m_batchSize = 0;
+    int m_readStart = 0; // of the last images read
+    int m_readCount = 0;
     bool m_isComplete = false;
-    QString m_targetText; // what the target said before it was given up
-    QByteArray m_image;
+    QString m_targetText;         // what the target said before it was given up
+    QByteArray m_block;           // images that are still to be written, and one under way
+    ContainerSize m_gathered = 0; // bytes of the former
+    int m_writeSize = 1;          // bytes from which on they are written
     int m_targetRecordLength = 0;
+    bool m_isRefusedBySystem = false;
 };
 
 bool DbfTable::Private::Copy::count()
@@ -89,7 +105,7 @@ bool DbfTable::Private::Copy::count()
     m_kept = 0;
     const int batchSize = maxBatchSize / m_source.recordLength;
     for (int start = 0; start < m_count; start += batchSize) {
-        const QByteArray images = readBatch(start, std::min(batchSize, m_count - start));
+        const QByteArray images = readImages(start, std::min(batchSize, m_count - start));
         const char* const end = images.constData() + images.size();
         for (const char* image = images.constData(); image < end; image += m_source.recordLength)
             m_kept += isKept(image) ? 1 : 0;
@@ -125,7 +141,7 @@ bool DbfTable::Private::Copy::copyRecords(QIODevice* target)
     do { // A table without records is one batch of none.
         const int batch = std::min(batchSize, m_count - done);
         if (batch > 0)
-            copyBatch(readBatch(done, batch), done, target);
+            copyBatch(done, batch, target);
         done += batch;
         if (!goesOn(done))
             return false;
@@ -140,7 +156,7 @@ void DbfTable::Private::Copy::writeStart(NewTableDevice& device)
     descriptor.recordCount = m_kept;
     descriptor.codePage = m_options.codePage.value_or(m_source.codePage);
     m_targetRecordLength = descriptor.recordLength;
-    m_image = emptyWithRoom(m_targetRecordLength);
+    m_block = emptyWithRoom(plainBlockSize + 2 * m_targetRecordLength);
 
     QByteArray header = serializeTableDescriptor(descriptor);
     QByteArray fields = serializeSchema(schema);
@@ -164,15 +180,62 @@ void DbfTable::Private::Copy::requireSameTable() const
         throw ReadError;
 }
 
-QByteArray DbfTable::Private::Copy::readBatch(int first, int count)
+void DbfTable::Private::Copy::requireReadable(int first, int count)
 {
     requireSameTable();
-    m_batchStart = first;
-    m_batchSize = count;
+    m_readStart = first;
+    m_readCount = count;
+}
+
+QByteArray DbfTable::Private::Copy::readImages(int first, int count)
+{
+    requireReadable(first, count);
     return readRecordsData(m_table.device(), first, static_cast<unsigned>(count), m_source);
 }
 
-void DbfTable::Private::Copy::copyBatch(const QByteArray& images, int first, QIODevice* target)
+// Devices of a caller's own see one read for the batch, and one write for each record.
+void DbfTable::Private::Copy::copyBatch(int first, int count, QIODevice* target)
+{
+    QFile* const source = PlainFile::of(m_table.device());
+    QFile* const file = PlainFile::of(target);
+    const bool isPlain = source && file && !file->isSequential() &&
+                         format::recordOffset(first + count, m_source) <= source->size();
+    if (isPlain && copyWithinSystem(first, count, *source, *file))
+        return;
+    const int atOnce = isPlain ? std::max(plainBlockSize / m_source.recordLength, 1) : count;
+    m_writeSize = isPlain ? plainBlockSize : 1;
+    try {
+        for (int done = 0; done < count; done += atOnce)
+            copyImages(readImages(first + done, std::min(atOnce, count - done)), first + done,
+                       target);
+        writeGathered(target);
+    } catch (...) {
+        if (m_gathered > 0)
+            target->write(m_block.constData(), m_gathered); // as far as records were made
+        throw;
+    }
+    drainWrites(target);
+}
+
+// Nobody but the system then sees the records at all.
+bool DbfTable::Private::Copy::copyWithinSystem(int first, int count, QFile& source, QFile& target)
+{
+    if (m_isRefusedBySystem || m_options.skipDeleted ||
+        m_targetRecordLength != m_source.recordLength || !m_transformer.isIdentity())
+        return false;
+    requireReadable(first, count);
+    seekForReading(&source, first, m_source);
+    flushWrites(&target);
+    const qint64 start = source.pos();
+    const qint64 size = qint64(count) * m_source.recordLength;
+    m_isRefusedBySystem = !PlainFile::copy(source, start, target, size);
+    if (m_isRefusedBySystem || !seekTo(&source, start + size))
+        return false;
+    m_written += static_cast<quint32>(count);
+    return true;
+}
+
+void DbfTable::Private::Copy::copyImages(const QByteArray& images, int first, QIODevice* target)
 {
     const int recordLength = m_source.recordLength;
     const char* const end = images.constData() + images.size();
@@ -184,12 +247,28 @@ void DbfTable::Private::Copy::copyBatch(const QByteArray& images, int first, QIO
         const std::string_view image(record, static_cast<size_t>(recordLength));
         if (m_options.checkValues)
             requireKeptValues(image, index);
-        m_image.resize(0);
-        m_transformer.append(image, m_image);
-        writeData(target, m_image, m_targetRecordLength);
+        appendImage(image);
         ++m_written;
+        if (m_gathered >= m_writeSize)
+            writeGathered(target);
     }
-    drainWrites(target);
+}
+
+void DbfTable::Private::Copy::appendImage(std::string_view image)
+{
+    m_block.resize(m_gathered);
+    m_transformer.append(image, m_block);
+    if (m_block.size() - m_gathered < m_targetRecordLength)
+        throw WriteError;
+    m_gathered += m_targetRecordLength;
+    m_block.resize(m_gathered);
+}
+
+// What could not be written is not tried again.
+void DbfTable::Private::Copy::writeGathered(QIODevice* target)
+{
+    if (const ContainerSize size = std::exchange(m_gathered, 0))
+        writeData(target, m_block, size);
 }
 
 void DbfTable::Private::Copy::requireKeptValues(std::string_view image, int index)
@@ -230,7 +309,7 @@ QString DbfTable::Private::Copy::whyFailed(DbfTableError code) const
     if (code == HeaderTooLongError)
         return errortext::ofCode(code);
     if (code == ReadError)
-        return unreadable(m_table, m_batchStart, m_batchSize);
+        return unreadable(m_table, m_readStart, m_readCount);
     if (m_isComplete && m_written != m_kept)
         return QStringLiteral("records were marked deleted or taken back meanwhile");
     return m_targetText;
