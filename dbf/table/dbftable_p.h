@@ -4,6 +4,7 @@
 #ifndef DBF_TABLE_DBFTABLE_P_H
 #define DBF_TABLE_DBFTABLE_P_H
 
+#include <dbf/encoding/bytes_p.h>
 #include <dbf/format/recordlayout_p.h>
 #include <dbf/model/dbfvalueproblem.h>
 #include <dbf/table/dbftable.h>
@@ -120,7 +121,7 @@ public:
     /// Reads the first \a length bytes of slot \a index as they are in the file at that moment.
     /// Returns false, with no call made that a device of a caller's own sees, if the table's device
     /// is no plain file or does not have them.
-    static bool readPlainly(DbfTable& table, int index, char* data, int length);
+    static bool readPlainly(DbfTable& table, int index, char* data, ContainerSize length);
 
     /// Returns the image of record \a index as it is at that moment. Throws ReadError.
     static QByteArray readImage(DbfTable& table, int index);
@@ -135,7 +136,7 @@ public:
     static bool readPieces(DbfTable& table, int first, int count, QVector<DbfRecord>& records);
 
     /// Writes the first \a size of \a bytes where the device stands. Throws WriteError.
-    static void write(DbfTable& table, const QByteArray& bytes, int size);
+    static void write(DbfTable& table, const QByteArray& bytes, ContainerSize size);
 
     /// Writes \a image, a whole record, and the end marker. Throws WriteError.
     static void writeLastImage(DbfTable& table, const QByteArray& image);

@@ -28,7 +28,7 @@ constexpr int pieceSize = 131072; // bytes
 
 } // namespace
 
-bool DbfTable::Private::readPlainly(DbfTable& table, int index, char* data, int length)
+bool DbfTable::Private::readPlainly(DbfTable& table, int index, char* data, ContainerSize length)
 {
     const DbfTableDescriptor& header = table.m_descriptor;
     return index >= 0 && static_cast<quint32>(index) <= header.recordCount && length > 0 &&

@@ -331,7 +331,7 @@ void DbfTable::Private::overwrite(DbfTable& table, const QByteArray& bytes, int 
     });
 }
 
-void DbfTable::Private::write(DbfTable& table, const QByteArray& bytes, int size)
+void DbfTable::Private::write(DbfTable& table, const QByteArray& bytes, ContainerSize size)
 {
     const bool isWhole = size > 0 && size <= bytes.size();
     if (!isWhole || !of(table).plainFile.write(table.device(), bytes.constData(), size))
