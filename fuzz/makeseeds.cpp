@@ -10,6 +10,7 @@
 #include <QtCore/QFile>
 
 #include <cstdio>
+#include <random>
 #include <stdexcept>
 
 using namespace dbf;
@@ -145,6 +146,18 @@ void writeMemos(const QString& folder)
     writeMemo(folder, "no-layout", 5, typed);
 }
 
+// Any bytes are calls; the same ones each time.
+void writeCalls(const QString& folder)
+{
+    std::minstd_rand random;
+    for (int seed = 0; seed < 50; ++seed) {
+        QByteArray calls(400, Qt::Uninitialized);
+        for (char& byte : calls)
+            byte = static_cast<char>(random() >> 8);
+        write(folder, QString::number(seed), calls);
+    }
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments)
@@ -161,6 +174,7 @@ int main(int argumentCount, char** arguments)
               QByteArray(100, '\0'));
         writeDecimals(folder + QStringLiteral("/fuzz_decimal"));
         writeMemos(folder + QStringLiteral("/fuzz_memo"));
+        writeCalls(folder + QStringLiteral("/fuzz_plainfile"));
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "makeseeds: %s\n", failure.what());
         return 1;

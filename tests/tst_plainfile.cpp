@@ -1,16 +1,12 @@
 // SPDX-FileCopyrightText: the dbftable authors
 // SPDX-License-Identifier: MIT
 
-#include "filesizelimit.h"
 #include "testtables.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QtTest>
 
 #include <cstdio>
-#include <functional>
-#include <optional>
-#include <random>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -37,40 +33,6 @@ extern "C" ssize_t copy_file_range(int source, off64_t* from, int target, off64_
 
 namespace
 {
-
-using Random = std::minstd_rand;
-
-int below(Random& random, int end)
-{
-    return int(random() % unsigned(end));
-}
-
-/// A table on a file, which the table or its caller opened.
-struct Side {
-    Side(const QString& path, QIODevice::OpenMode mode, bool isOpenedByTable)
-        : file(path), table(&file)
-    {
-        writeFile(path, sample().bytes() + QByteArray(40, '\x1A'));
-        if (!isOpenedByTable)
-            file.open(mode);
-        table.open(mode);
-    }
-
-    /// What a caller can ask; some of it, as QFile answers, hands on what was gathered before.
-    QVariantList state(bool isHandingOn)
-    {
-        QVariantList state{file.pos(),           file.error(),      file.errorString(),
-                           int(file.openMode()), table.lastError(), file.isTransactionStarted(),
-                           table.recordCount()};
-        if (isHandingOn)
-            state << file.size() << file.atEnd() << file.bytesAvailable() << file.bytesToWrite()
-                  << readFile(file.fileName()) << table.wholeRecords() << table.errorString();
-        return state;
-    }
-
-    QFile file;
-    DbfTable table;
-};
 
 /// Gives out after so many values.
 class WearingConverter : public SpyConverter
@@ -117,54 +79,6 @@ QByteArray manyRecords(const QVector<QByteArray>& fields)
 
 const QVector<QByteArray> twoFields{field("NAME", 'C', 5), field("RAW", 'X', 94)};
 
-using Calls = std::vector<std::function<QVariant()>>;
-
-QVariant oneOf(const Calls& calls, Random& random)
-{
-    return calls[size_t(below(random, int(calls.size())))]();
-}
-
-QVariant callTable(DbfTable& table, Random random)
-{
-    const int index = below(random, table.recordCount() + 1);
-    const bool isDeleted = below(random, 2);
-    DbfRecord record = newRecord(index);
-    record.setDeleted(isDeleted);
-    const QVector<DbfRecord> records(below(random, 4), record);
-    const Calls calls{
-        [&] { return table.readRecord(index).values.toList() << table.readRecord(index).index(); },
-        [&] { return table.isRecordDeleted(index); },
-        [&] { return table.updateRecord(record); },
-        [&] { return table.updateValues(record); },
-        [&] { return table.setRecordDeleted(index, isDeleted); },
-        [&] { return table.appendRecord(record); },
-        [&] { return table.appendRecords(records); },
-        [&] { return int(table.readRecords(index, 2).size()); },
-        [&] { return table.refreshRecordCount(); }};
-    return oneOf(calls, random);
-}
-
-QVariant callFile(QFile& file, Random random)
-{
-    const int size = below(random, 30);
-    const bool isTransaction = file.isTransactionStarted();
-    const Calls calls{
-        [&] { return file.read(size); }, [&] { return file.peek(size); },
-        [&] { return file.readLine(size + 2); }, [&] { return file.seek(60 + size); },
-        [&] { return isTransaction || (file.ungetChar(char(size)), true); },
-        [&] {
-            return isTransaction ? (file.rollbackTransaction(), 1) : (file.startTransaction(), 0);
-        },
-        [&] {
-            return isTransaction ? (file.commitTransaction(), 1) : (file.startTransaction(), 0);
-        },
-        [&] { return file.write(QByteArray(size, 'w')); }, [&] { return file.flush(); },
-        // QFile asks the kernel where it stands, so only a seek says where it does afterwards.
-        [&] { return file.resize(100 + 9 * size) && file.seek(size); },
-        [&] { return file.putChar('p'); }};
-    return file.isOpen() ? oneOf(calls, random) : QVariant();
-}
-
 } // namespace
 
 class PlainFileTest : public QObject
@@ -172,194 +86,141 @@ class PlainFileTest : public QObject
     Q_OBJECT
 
 private slots:
-    void nobodyCanTell_data();
-    void nobodyCanTell();
-    void onlyFilesOfItsOwnStayInTheKernel();
-    void rangeIsTheSameHoweverItIsRead();
-    void copyIsTheSameHoweverItIsMade_data();
-    void copyIsTheSameHoweverItIsMade();
+    // What a caller opens a file on may gather writes that no call tells of.
+    void onlyFilesOfItsOwnStayInTheKernel()
+    {
+        writeFile(path("kernel.dbf"), sample().bytes());
+        OpenFile side(path("kernel.dbf"));
+        const auto movesNot = [&](bool done) {
+            const bool stays = lseek(side.file.handle(), 0, SEEK_CUR) == 1;
+            return lseek(side.file.handle(), 1, SEEK_SET) == 1 && done && stays;
+        };
+        movesNot(true);
+        QVERIFY(movesNot(side.table.readRecord(2).index() == 2));
+        QVERIFY(movesNot(side.table.isRecordDeleted(1)));
+        QVERIFY(movesNot(side.table.updateRecord(newRecord(0))));
+        QVERIFY(movesNot(side.table.updateValues(newRecord(2))));
+        QVERIFY(movesNot(side.table.setRecordDeleted(1, true)));
+        QVERIFY(movesNot(side.table.appendRecord(newRecord(0))));
+        QVERIFY(movesNot(side.table.appendRecords({newRecord(0), newRecord(0)})));
+        QCOMPARE(side.table.recordCount(), 6);
+
+        side.file.close();
+        FILE* const stream = std::fopen(side.file.fileName().toLocal8Bit(), "r+b");
+        QVERIFY(stream && side.file.open(stream, QIODevice::ReadWrite));
+        QVERIFY(side.table.updateRecord(newRecord(1)));
+        QVERIFY(lseek(side.file.handle(), 0, SEEK_CUR) > 1);
+        QCOMPARE(side.table.readRecord(1).values, newRecord(1).values);
+        side.file.close();
+        std::fclose(stream);
+    }
+
+    void rangeIsTheSameHoweverItIsRead()
+    {
+        const QByteArray bytes = manyRecords(twoFields);
+        writeFile(path("ranges.dbf"), bytes);
+        OpenFile own(path("ranges.dbf"));
+        OpenTable others(bytes);
+        ReturningConverter converter;
+        const QVector<QPair<int, int>> ranges{{0, 100000}, {1310, 1},       {7, 1311},
+                                              {99999, 1},  {99000, 1001},   {99999, 2},
+                                              {-1, 1},     {0, 2147483647}, {100001, 1}};
+        for (DbfFieldConverter* const chosen :
+             std::initializer_list<DbfFieldConverter*>{nullptr, &converter}) {
+            const auto choice = [=](const DbfFieldDescriptor&, const DbfTableDescriptor&) {
+                return chosen;
+            };
+            own.table.setConverterChoice(choice);
+            others.table.setConverterChoice(choice);
+            QVERIFY(own.table.reopen() && others.table.reopen());
+            for (const auto& [first, count] : ranges) {
+                converter.table = &own.table;
+                const QVector<DbfRecord> ours = own.table.readRecords(first, count);
+                converter.table = &others.table;
+                const QVector<DbfRecord> theirs = others.table.readRecords(first, count);
+                QCOMPARE(ours.size(), theirs.size());
+                for (int i = 0; i < ours.size(); ++i) {
+                    QCOMPARE(ours.at(i).index(), theirs.at(i).index());
+                    QCOMPARE(ours.at(i).values, theirs.at(i).values);
+                }
+                QCOMPARE(own.file.pos(), others.device.pos());
+                QCOMPARE(own.table.errorString(), others.table.errorString());
+                own.table.clearError();
+                others.table.clearError();
+            }
+        }
+    }
+
+    void copyIsTheSameHoweverItIsMade_data()
+    {
+        QTest::addColumn<int>("accepted");
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<bool>("usesKernel");
+        QTest::newRow("within the kernel") << 1000 << "" << true;
+        QTest::newRow("refused") << 0 << "" << true;
+        QTest::newRow("refused in the middle") << 20 << "" << true;
+        QTest::newRow("stopped") << 1000 << "stop" << true;
+        QTest::newRow("a source that ends early") << 1000 << "cut" << true;
+        QTest::newRow("other columns") << 1000 << "resize" << false;
+        QTest::newRow("fewer columns") << 1000 << "drop 1" << false;
+        QTest::newRow("fewer columns of a wrong header") << 1000 << "lie, drop 0" << false;
+        QTest::newRow("one column in another codec") << 1000 << "recode" << false;
+        QTest::newRow("other columns, stopped") << 1000 << "resize stop" << false;
+        QTest::newRow("a converter throws") << 1000 << "wear throw" << false;
+        QTest::newRow("a converter gives too little") << 1000 << "wear" << false;
+    }
+
+    // Into a file as into a device of another class, which sees each record.
+    void copyIsTheSameHoweverItIsMade()
+    {
+        QFETCH(int, accepted);
+        QFETCH(QString, change);
+        QFETCH(bool, usesKernel);
+        QByteArray bytes = manyRecords(change == "recode" ? twoFields.mid(0, 1) : twoFields);
+        if (change.contains("lie"))
+            bytes[10] = 95; // bytes of a record, which then holds but RAW
+        writeFile(path("source.dbf"), bytes.chopped(change == "cut" ? 2 : 0));
+        const auto copyTo = [&](QIODevice* target) {
+            OpenFile source(path("source.dbf"));
+            WearingConverter wearing(90000, change.contains("throw"));
+            DbfSchemaTransform transform = identityOf(source.table);
+            if (change.contains("resize"))
+                transform.resizeColumn(0, 4, 0);
+            if (change.contains("drop"))
+                transform.deleteColumn(change.endsWith('0') ? 0 : 1);
+            if (change == "recode")
+                transform.schema.setCodec(codec(2086));
+            if (change.contains("wear")) {
+                transform.schema.columns[1].setConverter(&wearing);
+                transform.resizeColumn(1, 93, 0);
+            }
+            QVariantList seen;
+            const auto progress = [&](int done, int total) {
+                seen << done << total << target->pos() << source.file.pos();
+                return !change.contains("stop");
+            };
+            try {
+                seen << source.table.copyAndTransform(target, transform, progress);
+            } catch (const std::runtime_error&) {
+                seen << "thrown";
+            }
+            return seen << source.table.errorString() << target->isOpen();
+        };
+        QBuffer buffer;
+        const QVariantList expected = copyTo(&buffer);
+        acceptedCopies = accepted;
+        kernelCopies = 0;
+        QFile file(path("target.dbf"));
+        QCOMPARE(copyTo(&file), expected);
+        file.close();
+        QVERIFY(readFile(file.fileName()) == buffer.data());
+        QCOMPARE(kernelCopies > 0, usesKernel);
+    }
 
 private:
     QTemporaryDir m_folder;
     QString path(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
 };
-
-void PlainFileTest::nobodyCanTell_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::newRow("buffered") << int(QIODevice::ReadWrite);
-    QTest::newRow("unbuffered") << int(QIODevice::ReadWrite | QIODevice::Unbuffered);
-    QTest::newRow("read only") << int(QIODevice::ReadOnly);
-    QTest::newRow("text") << int(QIODevice::ReadWrite | QIODevice::Text);
-}
-
-// Positioned calls against QFile's own, with a caller's calls and full disks between them.
-void PlainFileTest::nobodyCanTell()
-{
-    QFETCH(int, mode);
-    const QIODevice::OpenMode openMode(QFlag(mode & ~QIODevice::Text));
-    for (unsigned seed = 1; seed <= 200; ++seed) {
-        Random random(seed);
-        Side own(path("own.dbf"), openMode, true);
-        Side others(path("others.dbf"), openMode, false);
-        own.file.setTextModeEnabled(mode & QIODevice::Text);
-        others.file.setTextModeEnabled(mode & QIODevice::Text);
-        for (int step = 0; step < 40; ++step) {
-            // A caller's read hands on what he gathered unless it is served from what was read
-            // ahead, which positioned writes drop.
-            if (own.file.bytesToWrite() != others.file.bytesToWrite())
-                QCOMPARE(own.file.flush(), others.file.flush());
-            const int kind = below(random, 10);
-            const bool isCallersTurn = kind > 6 && (mode & QIODevice::WriteOnly);
-            const Random same = random;
-            std::optional<FileSizeLimit> limit;
-            if (kind == 0 || kind == 9)
-                limit.emplace(long(QFileInfo(own.file).size()) + below(random, 16) - 8);
-            const auto call = [&](Side& side) {
-                return isCallersTurn ? callFile(side.file, same) : callTable(side.table, same);
-            };
-            const QVariant ours = call(own);
-            const QVariant theirs = call(others);
-            limit.reset();
-            const auto place = QStringLiteral("seed %1, step %2").arg(seed).arg(step).toLatin1();
-            QVERIFY2(ours == theirs, place);
-            const bool isHandingOn = below(random, 3) == 0;
-            QVERIFY2(own.state(isHandingOn) == others.state(isHandingOn), place);
-            own.table.clearError();
-            others.table.clearError();
-        }
-    }
-}
-
-// What a caller opens a file on may gather writes that no call tells of.
-void PlainFileTest::onlyFilesOfItsOwnStayInTheKernel()
-{
-    Side side(path("kernel.dbf"), QIODevice::ReadWrite, true);
-    const auto movesNot = [&](bool done) {
-        const bool stays = lseek(side.file.handle(), 0, SEEK_CUR) == 1;
-        return lseek(side.file.handle(), 1, SEEK_SET) == 1 && done && stays;
-    };
-    movesNot(true);
-    QVERIFY(movesNot(side.table.readRecord(2).index() == 2));
-    QVERIFY(movesNot(side.table.isRecordDeleted(1)));
-    QVERIFY(movesNot(side.table.updateRecord(newRecord(0))));
-    QVERIFY(movesNot(side.table.updateValues(newRecord(2))));
-    QVERIFY(movesNot(side.table.setRecordDeleted(1, true)));
-    QVERIFY(movesNot(side.table.appendRecord(newRecord(0))));
-    QVERIFY(movesNot(side.table.appendRecords({newRecord(0), newRecord(0)})));
-    QCOMPARE(side.table.recordCount(), 6);
-
-    side.file.close();
-    FILE* const stream = std::fopen(side.file.fileName().toLocal8Bit(), "r+b");
-    QVERIFY(stream && side.file.open(stream, QIODevice::ReadWrite));
-    QVERIFY(side.table.updateRecord(newRecord(1)));
-    QVERIFY(lseek(side.file.handle(), 0, SEEK_CUR) > 1);
-    QCOMPARE(side.table.readRecord(1).values, newRecord(1).values);
-    side.file.close();
-    std::fclose(stream);
-}
-
-void PlainFileTest::rangeIsTheSameHoweverItIsRead()
-{
-    const QByteArray bytes = manyRecords(twoFields);
-    writeFile(path("ranges.dbf"), bytes);
-    OpenFile own(path("ranges.dbf"));
-    OpenTable others(bytes);
-    ReturningConverter converter;
-    const QVector<QPair<int, int>> ranges{{0, 100000}, {1310, 1},       {7, 1311},
-                                          {99999, 1},  {99000, 1001},   {99999, 2},
-                                          {-1, 1},     {0, 2147483647}, {100001, 1}};
-    for (DbfFieldConverter* const chosen :
-         std::initializer_list<DbfFieldConverter*>{nullptr, &converter}) {
-        const auto choice = [=](const DbfFieldDescriptor&, const DbfTableDescriptor&) {
-            return chosen;
-        };
-        own.table.setConverterChoice(choice);
-        others.table.setConverterChoice(choice);
-        QVERIFY(own.table.reopen() && others.table.reopen());
-        for (const auto& [first, count] : ranges) {
-            converter.table = &own.table;
-            const QVector<DbfRecord> ours = own.table.readRecords(first, count);
-            converter.table = &others.table;
-            const QVector<DbfRecord> theirs = others.table.readRecords(first, count);
-            QCOMPARE(ours.size(), theirs.size());
-            for (int i = 0; i < ours.size(); ++i) {
-                QCOMPARE(ours.at(i).index(), theirs.at(i).index());
-                QCOMPARE(ours.at(i).values, theirs.at(i).values);
-            }
-            QCOMPARE(own.file.pos(), others.device.pos());
-            QCOMPARE(own.table.errorString(), others.table.errorString());
-            own.table.clearError();
-            others.table.clearError();
-        }
-    }
-}
-
-void PlainFileTest::copyIsTheSameHoweverItIsMade_data()
-{
-    QTest::addColumn<int>("accepted");
-    QTest::addColumn<QString>("change");
-    QTest::addColumn<bool>("usesKernel");
-    QTest::newRow("within the kernel") << 1000 << "" << true;
-    QTest::newRow("refused") << 0 << "" << true;
-    QTest::newRow("refused in the middle") << 20 << "" << true;
-    QTest::newRow("stopped") << 1000 << "stop" << true;
-    QTest::newRow("a source that ends early") << 1000 << "cut" << true;
-    QTest::newRow("other columns") << 1000 << "resize" << false;
-    QTest::newRow("fewer columns") << 1000 << "drop 1" << false;
-    QTest::newRow("fewer columns of a wrong header") << 1000 << "lie, drop 0" << false;
-    QTest::newRow("one column in another codec") << 1000 << "recode" << false;
-    QTest::newRow("other columns, stopped") << 1000 << "resize stop" << false;
-    QTest::newRow("a converter throws") << 1000 << "wear throw" << false;
-    QTest::newRow("a converter gives too little") << 1000 << "wear" << false;
-}
-
-// Into a file as into a device of another class, which sees each record.
-void PlainFileTest::copyIsTheSameHoweverItIsMade()
-{
-    QFETCH(int, accepted);
-    QFETCH(QString, change);
-    QFETCH(bool, usesKernel);
-    QByteArray bytes = manyRecords(change == "recode" ? twoFields.mid(0, 1) : twoFields);
-    if (change.contains("lie"))
-        bytes[10] = 95; // bytes of a record, which then holds but RAW
-    writeFile(path("source.dbf"), bytes.chopped(change == "cut" ? 2 : 0));
-    const auto copyTo = [&](QIODevice* target) {
-        OpenFile source(path("source.dbf"));
-        WearingConverter wearing(90000, change.contains("throw"));
-        DbfSchemaTransform transform = identityOf(source.table);
-        if (change.contains("resize"))
-            transform.resizeColumn(0, 4, 0);
-        if (change.contains("drop"))
-            transform.deleteColumn(change.endsWith('0') ? 0 : 1);
-        if (change == "recode")
-            transform.schema.setCodec(codec(2086));
-        if (change.contains("wear")) {
-            transform.schema.columns[1].setConverter(&wearing);
-            transform.resizeColumn(1, 93, 0);
-        }
-        QVariantList seen;
-        const auto progress = [&](int done, int total) {
-            seen << done << total << target->pos() << source.file.pos();
-            return !change.contains("stop");
-        };
-        try {
-            seen << source.table.copyAndTransform(target, transform, progress);
-        } catch (const std::runtime_error&) {
-            seen << "thrown";
-        }
-        return seen << source.table.errorString() << target->isOpen();
-    };
-    QBuffer buffer;
-    const QVariantList expected = copyTo(&buffer);
-    acceptedCopies = accepted;
-    kernelCopies = 0;
-    QFile file(path("target.dbf"));
-    QCOMPARE(copyTo(&file), expected);
-    file.close();
-    QVERIFY(readFile(file.fileName()) == buffer.data());
-    QCOMPARE(kernelCopies > 0, usesKernel);
-}
 
 QTEST_APPLESS_MAIN(PlainFileTest)
 

@@ -126,8 +126,9 @@ private slots:
                    !source.table.hasError();
         };
         QVERIFY(isRefused(plain, nullptr) && isRefused(plain, &plain.device));
-        plain.table.close(); // Its device would open again, and lose what it holds.
+        plain.device.close(); // It would open again, and lose what it holds.
         QVERIFY(isRefused(plain, &plain.device));
+        plain.table.close();
         for (OpenTable* const source : {&plain, &deviceTaken, &lengthless, &crowded})
             QVERIFY(isRefused(*source, &target));
         QCOMPARE(plain.device.content, sample().bytes());
